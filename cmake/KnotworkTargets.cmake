@@ -1,0 +1,44 @@
+# SPDX-License-Identifier: MIT
+# What every target of the project shares: the language, the rule of bits, warnings, visibility.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+# One folder for programs and shared libraries: Windows programs find their DLLs beside them.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+
+add_library(knotwork_build_options INTERFACE)
+# Bits: no contraction, no reassociation, and doubles are never kept in wider registers.
+target_compile_options(knotwork_build_options INTERFACE -ffp-contract=off)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86|x86_64|AMD64)$")
+  target_compile_options(knotwork_build_options INTERFACE -msse2 -mfpmath=sse)
+endif()
+target_compile_options(knotwork_build_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>
+  $<$<BOOL:${KNOTWORK_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# knotwork_add_library(NAME): a shared library of the project, versioned, with the shared options.
+function(knotwork_add_library name)
+  add_library(${name} SHARED)
+  add_library(knotwork::${name} ALIAS ${name})
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:knotwork_build_options>)
+  target_compile_features(${name} PUBLIC cxx_std_20)
+  target_include_directories(${name}
+    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+    PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
+    target_link_options(${name} PRIVATE -static-libgcc -static-libstdc++ -static)
+  else()
+    target_link_options(${name} PRIVATE -Wl,--no-undefined
+      -Wl,--version-script=${PROJECT_SOURCE_DIR}/src/exports.map)
+    set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/exports.map)
+  endif()
+endfunction()
