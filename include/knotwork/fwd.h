@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+// Forward declarations of the library's classes, for headers that only name them.
+#pragma once
+
+class RWBlock;
+
+class DoubleVec;
+class IntVec;
+class SCharVec;
+
+class DoubleVecPick;
+class IntVecPick;
+class SCharVecPick;
+
+class DoubleGenMat;
+class IntGenMat;
+class DoubleLowerTriMat;
+class DoubleUpperTriMat;
+class DoubleSymMat;
+class DoubleGenMatPick;
+class IntGenMatPick;

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+// The whole library in one header.
+#pragma once
+
+#include "knotwork/vector/double_vec.h"
+#include "knotwork/vector/double_vec_pick.h"
+#include "knotwork/vector/int_vec.h"
+#include "knotwork/vector/int_vec_pick.h"
+#include "knotwork/vector/math_codes.h"
+#include "knotwork/vector/math_error.h"
+#include "knotwork/vector/math_messages.h"
+#include "knotwork/vector/rw_block.h"
+#include "knotwork/vector/schar_vec.h"
+#include "knotwork/vector/schar_vec_pick.h"
