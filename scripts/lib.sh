@@ -28,27 +28,25 @@ as_root() {
 
 can_be_root() { ((EUID == 0)) || command -v sudo >/dev/null; }
 
-# install_packages PACKAGE...: installs those that are missing, or returns non-zero with a line that says why.
+# install_packages PACKAGE...: installs those that are missing; when that fails, `why` says why.
 install_packages() {
   local package missing=()
   for package in "$@"; do
     is_installed "$package" || missing+=("$package")
   done
   ((${#missing[@]})) || return 0
-  if ! command -v apt-get >/dev/null; then
-    say "needs the Debian packages ${missing[*]}, and there is no apt-get here to install them" >&2
-    return 1
-  elif ! can_be_root; then
-    say "needs the Debian packages ${missing[*]}: run it as root, or install sudo" >&2
-    return 1
-  fi
+  why="Debian packages ${missing[*]} are missing, and there is no apt-get here to install them"
+  command -v apt-get >/dev/null || return 1
+  why="Debian packages ${missing[*]} are missing: run this as root, or as a user with sudo"
+  can_be_root || return 1
   say "installing ${missing[*]}"
   as_root apt-get update -qq || say "package lists not refreshed, trying those at hand" >&2
+  why="apt-get could not install ${missing[*]}"
   as_root apt-get install -y -qq --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}" >/dev/null
 }
 
 # require PACKAGE...: the same, where nothing can go on without them.
-require() { install_packages "$@" || fail "packages missing"; }
+require() { install_packages "$@" || fail "$why"; }
 
 # workflow PRESET: configures, builds and, where the preset says so, tests; quiet until something fails.
 workflow() { cmake --workflow --preset "$1" || fail "preset $1"; }
