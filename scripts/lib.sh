@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: MIT
+# shellcheck shell=bash disable=SC2034
 # Shared by the scripts beside it: where the project stands, how a script fails, how it gets packages.
 set -euo pipefail
 
