@@ -52,5 +52,5 @@ require() { install_packages "$@" || fail "$why"; }
 # workflow PRESET: configures, builds and, where the preset says so, tests; quiet until something fails.
 workflow() { cmake --workflow --preset "$1" || fail "preset $1"; }
 
-build_packages=(g++ cmake ninja-build)
+build_packages=(g++ cmake ninja-build libblas-dev)
 test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
