@@ -2,6 +2,8 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "knotwork/vector/int_vec.h"
