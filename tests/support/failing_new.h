@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// Allocation failure on demand, for the whole process: programs that use it link failing_new.cpp.
+#pragma once
+
+namespace knotwork::test {
+
+/// While it lives, `allowed` further allocations by operator new succeed and all after them fail.
+class FailingNew {
+ public:
+  explicit FailingNew(long allowed);
+  FailingNew(const FailingNew&) = delete;
+  FailingNew& operator=(const FailingNew&) = delete;
+  ~FailingNew();
+};
+
+/// @return the calls of operator new since the program started.
+long newCalls();
+
+}  // namespace knotwork::test
