@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// An error handler that returns and keeps what was reported.
+// An error handler that returns, and keeps what it was handed, for as long as its object lives.
 #pragma once
 
 #include <cstdarg>
@@ -12,46 +12,57 @@
 #include "knotwork/vector/math_messages.h"
 
 struct RecordedError {
-  int code;
+  unsigned code;
   unsigned severity;
-  int origin;
-  std::string text;  // formatted as the default handler prints it
+  unsigned origin;
+  std::string text;  // the message with its arguments
 };
 
-// Records while it lives, then puts back the handler that was installed before.
 class RecordedErrors {
  public:
-  RecordedErrors() : before_(setMathErrorHandler(record)) { errors().clear(); }
-  ~RecordedErrors() { setMathErrorHandler(before_); }
+  RecordedErrors() : outer_(std::exchange(current_, this)), before_(setMathErrorHandler(record)) {}
+  ~RecordedErrors() {
+    setMathErrorHandler(before_);
+    current_ = outer_;
+  }
   RecordedErrors(const RecordedErrors&) = delete;
   RecordedErrors& operator=(const RecordedErrors&) = delete;
 
-  // The errors since the last call.
-  std::vector<RecordedError> take() { return std::exchange(errors(), {}); }
+  const std::vector<RecordedError>& all() const { return errors_; }
+  void clear() { errors_.clear(); }
 
-  // "400d 2x3 matrix not square", one line for each error since the last call.
+  // The errors since the last call.
+  std::vector<RecordedError> take() { return std::exchange(errors_, {}); }
+
+  // The errors since the last call as "400d 2x3 matrix not square", one a line.
   std::string takeText() {
     std::string all;
     for (const RecordedError& error : take()) {
       char code[8];
-      std::snprintf(code, sizeof code, "%04x ", static_cast<unsigned>(error.code) & 0xFFFFu);
+      std::snprintf(code, sizeof code, "%04x ", error.code);
       all += (all.empty() ? "" : "\n") + (code + error.text);
     }
     return all;
   }
 
+  // The texts since the last call, one a line.
+  std::string takeTexts() {
+    std::string texts;
+    for (const RecordedError& error : take()) texts += error.text + "\n";
+    return texts;
+  }
+
  private:
-  static std::vector<RecordedError>& errors() {
-    static std::vector<RecordedError> recorded;
-    return recorded;
+  static void record(MathErrorRecord error, va_list arguments) {
+    char text[512] = "unregistered";
+    if (const MathMessageEntry* entry = findMathMessage(error.code)) {
+      std::vsnprintf(text, sizeof text, entry->format, arguments);
+    }
+    current_->errors_.push_back({error.code, error.severity, error.origin, text});
   }
 
-  static void record(MathErrorRecord r, va_list arguments) {
-    char text[256] = "";
-    const MathMessageEntry* message = findMathMessage(r.code);
-    if (message != nullptr) std::vsnprintf(text, sizeof text, message->format, arguments);
-    errors().push_back({r.code, r.severity, r.origin, text});
-  }
-
+  static inline RecordedErrors* current_ = nullptr;
+  RecordedErrors* outer_;
   MathErrorHandler before_;
+  std::vector<RecordedError> errors_;
 };
