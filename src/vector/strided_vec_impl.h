@@ -57,7 +57,8 @@ StridedVec<Vec, T>::StridedVec(const StridedVec& v) : StridedVec(v, 0, v.len_, 1
 template <class Vec, class T>
 StridedVec<Vec, T>::StridedVec(const StridedVec& v, int first, unsigned n, int stride)
     : StridedVec(v.block_, v.start_, n, v.elementStride_ * stride) {
-  start_ += static_cast<std::ptrdiff_t>(v.elementStride_) * first;
+  // A vector without storage has only empty slices.
+  if (start_ != nullptr) start_ += static_cast<std::ptrdiff_t>(v.elementStride_) * first;
 }
 
 template <class Vec, class T>

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// What vectors allocate, and what they do when they cannot.
+#include <optional>
+#include <sstream>
+
+#include "knotwork/vector/double_vec_pick.h"
+#include "knotwork/vector/int_vec_pick.h"
+#include "knotwork/vector/math_codes.h"
+#include "knotwork/vector/math_error.h"
+#include "knotwork/vector/schar_vec_pick.h"
+#include "support/expected_death.h"
+#include "support/failing_new.h"
+#include "vector/vector_oracle.h"
+
+namespace {
+
+using knotwork::test::FailingNew;
+using knotwork::test::newCalls;
+
+// Where the library carries its own copy of operator new, the tests cannot count or refuse.
+bool canObserveAllocation() {
+  const long before = newCalls();
+  const DoubleVec v(10);
+  return newCalls() > before;
+}
+
+template <class Vec>
+class VectorStorage : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own here";
+  }
+};
+TYPED_TEST_SUITE(VectorStorage, AllVectors);
+
+TYPED_TEST(VectorStorage, CreatingAndDestroyingAVectorCostsOneAllocation) {
+  { const TypeParam warmUp(10), another; }
+  const long before = newCalls();
+  for (int i = 0; i < 100; ++i) {
+    const TypeParam v(10);
+    const TypeParam copy(v), slice = v.slice(9, 10, -1);
+    TypeParam none;
+    none.reference(slice);
+  }
+  EXPECT_EQ(newCalls() - before, 100);
+}
+
+TYPED_TEST(VectorStorage, ABlockIsSharedByUpTo65535Views) {
+  const TypeParam v(2, 7);
+  {
+    const std::vector<TypeParam> views(65534, v);
+    TypeParam last(views.back());  // the count wraps
+  }
+  EXPECT_EQ(v(1), 7);
+}
+
+TEST(RWBlock, FiveObjectsOfASizeAreRecycledLastFirst) {
+  if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own here";
+  for (const std::size_t size :
+       {std::size_t{1}, std::size_t{2}, std::size_t{10}, sizeof(RWBlock)}) {
+    SCOPED_TRACE(size);
+    const std::size_t releaseSize = (size + 1) / 2 * 2;
+    std::vector<void*> objects;
+    for (int i = 0; i < 11; ++i) objects.push_back(RWBlock::operator new(size));
+    for (int i = 0; i < 6; ++i) RWBlock::operator delete(objects[i], releaseSize);
+    const long before = newCalls();
+    for (int i = 4; i >= 0; --i) EXPECT_EQ(RWBlock::operator new(size), objects[i]);
+    EXPECT_EQ(newCalls(), before);
+    objects[5] = RWBlock::operator new(size);
+    EXPECT_EQ(newCalls(), before + 1);
+    for (void* object : objects) RWBlock::operator delete(object, releaseSize);
+  }
+  RWBlock::operator delete(nullptr, 10);
+  // Too large for the cache, or of no size at all: straight to the allocator and back.
+  for (const std::size_t size : {std::size_t{0}, std::size_t{64}}) {
+    const long before = newCalls();
+    for (int i = 0; i < 3; ++i) RWBlock::operator delete(RWBlock::operator new(size), size);
+    EXPECT_EQ(newCalls(), before + 3);
+  }
+}
+
+TEST(RWBlockDeathTest, OutOfMemoryIsFatalByDefault) {
+  const auto allocate = [] {
+    const FailingNew none(0);
+    RWBlock block(1, 8);
+  };
+  if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own here";
+  EXPECT_DEATH(allocate(), terminatedBy("[NOMEM: RWBlock]: Out of memory"));
+}
+
+// ---- Every allocation fails once
+// -----------------------------------------------------------------
+
+int reportsOfNoMemory = 0;
+bool goesOnFailing = false;
+std::optional<FailingNew> limit;
+
+void countReport(MathErrorRecord record, va_list) {
+  const bool noMemory =
+      record.code == knotwork::kOutOfMemory && record.severity == 2 && record.origin == 0x901A;
+  reportsOfNoMemory += noMemory ? 1 : 0;
+  if (noMemory && !goesOnFailing) limit.reset();
+}
+
+// Uses every operation that allocates; ends with the sum of what it has, to read all of it.
+template <class Vec>
+double useEverything(std::istream& in) {
+  using T = typename Vec::value_type;
+  const T raw[] = {1, 2, 3, 4, 5, 6};
+  Vec a(6, 2), b(raw, 6), c(6, 1, 1), empty;
+  const Vec view = reverse(b);
+  Vec same(a);
+  same.deepenShallowCopy();
+  same += a;
+  a = view;
+  b = b.slice(0, b.length() / 2, 2);
+  c.resize(9);
+  c.resize(2);
+  empty.reshape(4);
+  empty = T{1};
+  const IntVec list = b.lessIndex(4);
+  Vec picked(b.vecPick(list));
+  b.vecPick(list) = picked;
+  picked = b.vecPick(list);
+  in >> empty;
+  Vec result = -(a + b) * view - c + cumsum(same) * T{3};
+  result.reference(delta(reverse(abs(result))));
+  result *= result;
+  double total = 0;
+  for (const Vec* v :
+       std::initializer_list<const Vec*>{&a, &b, &c, &empty, &view, &same, &picked, &result}) {
+    EXPECT_TRUE(v->length() == 0 || v->data() != nullptr);
+    for (int i = 0; i < static_cast<int>(v->length()); ++i) total += (*v)(i);
+  }
+  return total;
+}
+
+TYPED_TEST(VectorStorage, FailureOfAnyAllocationIsReportedAndHarmsNothing) {
+  std::string numbers = "[";
+  for (int i = 0; i < 300; ++i) numbers += " 1";
+  const MathErrorHandler before = setMathErrorHandler(countReport);
+  for (const bool onAndOn : {false, true}) {
+    goesOnFailing = onAndOn;
+    bool refused = true;
+    for (long allowed = 0; refused; ++allowed) {
+      std::istringstream in(numbers + " ]");
+      reportsOfNoMemory = 0;
+      const long callsBefore = newCalls();
+      limit.emplace(allowed);
+      EXPECT_NO_THROW(useEverything<TypeParam>(in)) << allowed;
+      limit.reset();
+      refused = newCalls() - callsBefore > allowed;
+      // The stream's own allocations, for doubles, fail without a report.
+      const bool reportedAll = reportsOfNoMemory > 0 || std::is_same_v<TypeParam, DoubleVec>;
+      EXPECT_TRUE(refused ? reportedAll : reportsOfNoMemory == 0) << allowed;
+      EXPECT_TRUE(onAndOn || reportsOfNoMemory <= 1) << allowed;
+      ASSERT_LT(allowed, 1000);
+    }
+  }
+  setMathErrorHandler(before);
+}
+
+TYPED_TEST(VectorStorage, AFailedChangeKeepsTheVector) {
+  TypeParam v(3, 5, 1);
+  const TypeParam view(v);
+  const MathErrorHandler before = setMathErrorHandler(countReport);
+  goesOnFailing = true;
+  limit.emplace(0);
+  v.resize(9);
+  v.reshape(9);
+  v.deepenShallowCopy();
+  const TypeParam none(4, 1), copy = v.copy(), sum = v + v;
+  limit.reset();
+  setMathErrorHandler(before);
+  EXPECT_TRUE(holds(v, {5, 6, 7}));
+  EXPECT_EQ(v.data(), view.data());
+  EXPECT_EQ(none.length() + copy.length() + sum.length(), 0u);
+}
+
+}  // namespace
