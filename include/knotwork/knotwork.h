@@ -2,6 +2,10 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/geometry/number_sequence.h"
+#include "knotwork/geometry/tuple_vector.h"
+#include "knotwork/geometry/vert_data_index_table.h"
+#include "knotwork/geometry/vert_index_table.h"
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "knotwork/vector/int_vec.h"
