@@ -19,3 +19,7 @@ class DoubleUpperTriMat;
 class DoubleSymMat;
 class DoubleGenMatPick;
 class IntGenMatPick;
+
+class TtupleVector;
+class TtupleMatrix;
+class TnumberSequence;

@@ -2,6 +2,10 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/geometry/number_sequence.h"
+#include "knotwork/geometry/tuple_vector.h"
+#include "knotwork/geometry/vert_data_index_table.h"
+#include "knotwork/geometry/vert_index_table.h"
 #include "knotwork/matrix/double_gen_mat.h"
 #include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/vector/double_vec.h"
