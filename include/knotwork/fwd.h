@@ -20,6 +20,14 @@ class DoubleSymMat;
 class DoubleGenMatPick;
 class IntGenMatPick;
 
+class DoubleGenFact;
+class DoubleQRDecomp;
+class DoubleSVDecomp;
+class DoubleChDecomp;
+class DoubleLeastSqQR;
+class DoubleLeastSqCh;
+class DoubleLeastSqInc;
+
 class TtupleVector;
 class TtupleMatrix;
 class TnumberSequence;
