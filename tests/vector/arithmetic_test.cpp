@@ -1,129 +1,17 @@
 // SPDX-License-Identifier: MIT
-// Element-wise arithmetic, functions, searches and conversions of the three vectors, whatever the
-// strides and overlaps. Run for every kernel set, it shows that they give the same bits.
+// Reductions, searches, functions and conversions of the three vectors; element-wise arithmetic is
+// in view_model_test.cpp.
 #include <climits>
 #include <limits>
 
-#include "support/expected_death.h"
 #include "support/recorded_errors.h"
 #include "vector/vector_oracle.h"
 
 namespace {
 
 template <class Vec>
-class VectorArithmetic : public testing::Test {
- protected:
-  using Element = typename Vec::value_type;
-
-  // Two views of n elements on one block, and the places of their elements in it.
-  struct Operands {
-    std::vector<Element> block;
-    int n, firstX, strideX, firstY, strideY;
-    Vec storage = vectorOf<Vec>(block);
-    Vec x = storage.slice(firstX, static_cast<unsigned>(n), strideX);
-    Vec y = storage.slice(firstY, static_cast<unsigned>(n), strideY);
-
-    Element& xAt(std::vector<Element>& b, int i) const {
-      return b[static_cast<std::size_t>(firstX + i * strideX)];
-    }
-    Element& yAt(std::vector<Element>& b, int i) const {
-      return b[static_cast<std::size_t>(firstY + i * strideY)];
-    }
-  };
-
-  // Lengths around the lane counts; all strides, on places that overlap, touch and coincide.
-  template <class F>
-  void forAllOperands(F check) {
-    Random random(11);
-    std::vector<Element> block;
-    for (int i = 0; i < 400; ++i) block.push_back(nonZero(randomElement<Element>(random)));
-    for (const int n : {0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 65}) {
-      for (int strideX = -2; strideX <= 3; ++strideX) {
-        for (int strideY = -2; strideY <= 3; ++strideY) {
-          for (const int shift : {-4, -1, 0, 1, 2, 37}) {
-            check(Operands{block, n, 150, strideX, 150 + shift, strideY});
-            if (this->HasFailure()) {
-              FAIL() << "n " << n << " strides " << strideX << ' ' << strideY << " shift " << shift;
-            }
-          }
-        }
-      }
-    }
-  }
-
-  // The update must work in index order on the one block, the new vector read both operands.
-  void checkBinary(Vec& (Vec::*update)(const Vec&), Vec (*renew)(const Vec&, const Vec&),
-                   Element (*oracle)(Element, Element), bool avoidZero = false) {
-    forAllOperands([&](Operands o) {
-      std::vector<Element> block = o.block, fresh;
-      for (int i = 0; i < o.n; ++i) fresh.push_back(oracle(o.xAt(block, i), o.yAt(block, i)));
-      if (renew != nullptr) {
-        EXPECT_TRUE(holds(renew(o.x, o.y), fresh));
-      }
-      for (int i = 0; i < o.n; ++i) {
-        if (avoidZero && o.yAt(block, i) == Element{}) return;
-        o.xAt(block, i) = oracle(o.xAt(block, i), o.yAt(block, i));
-      }
-      (o.x.*update)(o.y);
-      EXPECT_TRUE(holds(o.storage, block));
-    });
-  }
-
-  template <class Update, class Renew>
-  void checkScalar(Update update, Renew renew, Element (*oracleUpdate)(Element, Element),
-                   Element (*oracleNew)(Element, Element)) {
-    for (const Element s : {Element{3}, Element{-1}, std::numeric_limits<Element>::max()}) {
-      forAllOperands([&](Operands o) {
-        if (o.strideY != 1 || o.firstY != o.firstX) return;
-        std::vector<Element> block = o.block, fresh;
-        for (int i = 0; i < o.n; ++i) fresh.push_back(oracleNew(o.xAt(block, i), s));
-        EXPECT_TRUE(holds(renew(o.x, s), fresh));
-        for (int i = 0; i < o.n; ++i) o.xAt(block, i) = oracleUpdate(o.xAt(block, i), s);
-        update(o.x, s);
-        EXPECT_TRUE(holds(o.storage, block));
-      });
-    }
-  }
-};
+class VectorArithmetic : public testing::Test {};
 TYPED_TEST_SUITE(VectorArithmetic, AllVectors);
-
-TYPED_TEST(VectorArithmetic, WithAVectorWorksElementByElementInOrder) {
-  using V = TypeParam;
-  using Rules = Oracle<typename V::value_type>;
-  using Renew = V (*)(const V&, const V&);
-  Renew divide = nullptr;
-  if constexpr (std::is_same_v<V, DoubleVec>) divide = operator/;
-  this->checkBinary(&V::operator+=, static_cast<Renew>(operator+), Rules::add);
-  this->checkBinary(&V::operator-=, static_cast<Renew>(operator-), Rules::subtract);
-  this->checkBinary(&V::operator*=, static_cast<Renew>(operator*), Rules::multiply);
-  this->checkBinary(&V::operator/=, divide, Rules::divide, true);
-}
-
-TYPED_TEST(VectorArithmetic, WithAScalarWorksElementByElementInOrder) {
-  using V = TypeParam;
-  using T = typename V::value_type;
-  using Rules = Oracle<T>;
-  constexpr auto first = [](T a, T) { return a; };
-  this->checkScalar([](V& v, T s) { v += s; }, [](const V& v, T s) { return v + s; }, Rules::add,
-                    Rules::add);
-  this->checkScalar([](V& v, T s) { v -= s; }, [](const V& v, T) { return -v; }, Rules::subtract,
-                    +[](T a, T) { return Rules::negate(a); });
-  this->checkScalar([](V& v, T s) { v *= s; }, [](const V& v, T s) { return v * s; },
-                    Rules::multiply, Rules::multiply);
-  this->checkScalar([](V& v, T s) { v /= s; }, [](const V& v, T) { return abs(v); },
-                    Rules::scaleDown, +[](T a, T) { return Rules::absolute(a); });
-  this->checkScalar([](V& v, T s) { v = s; }, [](const V& v, T) { return v.copy(); },
-                    +[](T, T s) { return s; }, +first);
-  if constexpr (std::is_same_v<V, DoubleVec>) {
-    const auto none = [](V&, T) {};
-    this->checkScalar(
-        none, [](const V& v, T s) { return v / s; }, +first, Rules::divide);
-    this->checkScalar(
-        none, [](const V& v, T s) { return s - v; }, +first, +[](T a, T s) { return s - a; });
-    this->checkScalar(
-        none, [](const V& v, T s) { return s / v; }, +first, +[](T a, T s) { return s / a; });
-  }
-}
 
 TYPED_TEST(VectorArithmetic, ReductionsAndSearchesAgreeWithPlainLoops) {
   using T = typename TypeParam::value_type;
