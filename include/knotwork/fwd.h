@@ -17,5 +17,6 @@ class IntGenMat;
 class DoubleLowerTriMat;
 class DoubleUpperTriMat;
 class DoubleSymMat;
+class RODoubleRef;
 class DoubleGenMatPick;
 class IntGenMatPick;

@@ -3,7 +3,13 @@
 #pragma once
 
 #include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/matrix/double_gen_mat_pick.h"
+#include "knotwork/matrix/double_lower_tri_mat.h"
+#include "knotwork/matrix/double_sym_mat.h"
+#include "knotwork/matrix/double_upper_tri_mat.h"
 #include "knotwork/matrix/int_gen_mat.h"
+#include "knotwork/matrix/int_gen_mat_pick.h"
+#include "knotwork/matrix/ro_double_ref.h"
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "knotwork/vector/int_vec.h"
