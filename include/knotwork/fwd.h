@@ -17,6 +17,7 @@ class IntGenMat;
 class DoubleLowerTriMat;
 class DoubleUpperTriMat;
 class DoubleSymMat;
+class RODoubleRef;
 class DoubleGenMatPick;
 class IntGenMatPick;
 
