@@ -6,6 +6,8 @@
 #include "knotwork/geometry/tuple_vector.h"
 #include "knotwork/geometry/vert_data_index_table.h"
 #include "knotwork/geometry/vert_index_table.h"
+#include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "knotwork/vector/int_vec.h"

@@ -53,7 +53,7 @@ void timesInverseL(const Columns<double>& A, int n, const int* ipvt, double* wor
       work[i] = A(i, k);
       A(i, k) = 0.0;
     }
-    for (int j = k + 1; j < n; ++j) blas1::daxpy(n, work[j], A.at(0, j), A.at(0, k));
+    addColumns(n, n - k - 1, work + k + 1, A.at(0, k + 1), A.ld(), A.at(0, k));
     const int l = ipvt[k] - 1;
     if (l != k) blas1::dswap(n, A.at(0, k), A.at(0, l));
   }

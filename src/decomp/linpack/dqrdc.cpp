@@ -94,7 +94,7 @@ void Qr::reflectColumn(int l) {
   blas1::dscal(n - l, 1.0 / norm, X.at(l, l));
   X(l, l) = 1.0 + X(l, l);
 
-  for (int j = l + 1; j < p; ++j) reflect(n - l, X.at(l, l), X.at(l, j));
+  reflectColumns(n - l, X.at(l, l), p - l - 1, X.at(l, l + 1), X.ld());
   for (int j = std::max(l + 1, freeBegin); j < freeEnd; ++j) lowerNorm(l, j);
   qraux[l] = X(l, l);
   X(l, l) = -norm;

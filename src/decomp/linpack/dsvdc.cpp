@@ -46,10 +46,9 @@ struct Reduction {
 void Reduction::reduce() {
   for (int l = 0; l < std::max(nct, nrt); ++l) {
     if (l < nct) makeColumnReflection(l);
-    for (int j = l + 1; j < p; ++j) {
-      if (l < nct && s[l] != 0.0) reflect(n - l, X.at(l, l), X.at(l, j));
-      e[j] = X(l, j);
-    }
+    if (l < nct && s[l] != 0.0)
+      reflectColumns(n - l, X.at(l, l), p - l - 1, X.at(l, l + 1), X.ld());
+    for (int j = l + 1; j < p; ++j) e[j] = X(l, j);
     if (wantu && l < nct) blas1::dcopy(n - l, X.at(l, l), U.at(l, l));
     if (l >= nrt) continue;
     makeRowReflection(l);
@@ -85,8 +84,11 @@ void Reduction::applyRowReflection(int l) {
   double* const below = work + l + 1;
   const int rows = n - l - 1;
   std::fill(below, below + rows, 0.0);
-  for (int j = l + 1; j < p; ++j) blas1::daxpy(rows, e[j], X.at(l + 1, j), below);
-  for (int j = l + 1; j < p; ++j) blas1::daxpy(rows, -e[j] / e[l + 1], below, X.at(l + 1, j));
+  addColumns(rows, p - l - 1, e + l + 1, X.at(l + 1, l + 1), X.ld(), below);
+  for (int j = l + 1; j < p; ++j) {
+    const double t = -e[j] / e[l + 1];
+    addToColumns(rows, 1, &t, below, X.at(l + 1, j), X.ld());
+  }
 }
 
 // The last elements of s and e; returns the order m of the bidiagonal matrix. With more columns
@@ -107,7 +109,7 @@ void Reduction::generateU() {
       makeUnit(U.at(0, l), n, l);
       continue;
     }
-    for (int j = l + 1; j < ncu; ++j) reflect(n - l, U.at(l, l), U.at(l, j));
+    reflectColumns(n - l, U.at(l, l), ncu - l - 1, U.at(l, l + 1), U.ld());
     blas1::dscal(n - l, -1.0, U.at(l, l));
     U(l, l) = 1.0 + U(l, l);
     std::fill(U.at(0, l), U.at(l, l), 0.0);
@@ -117,7 +119,7 @@ void Reduction::generateU() {
 void Reduction::generateV() {
   for (int l = p - 1; l >= 0; --l) {
     if (l < nrt && e[l] != 0.0)
-      for (int j = l + 1; j < p; ++j) reflect(p - l - 1, V.at(l + 1, l), V.at(l + 1, j));
+      reflectColumns(p - l - 1, V.at(l + 1, l), p - l - 1, V.at(l + 1, l + 1), V.ld());
     makeUnit(V.at(0, l), p, l);
   }
 }

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The LINPACK routines behind the decompositions, on plain arrays.
 //
-// Primary, called by the classes: all but dgefa, which dgeco calls as well. Secondary: reflect, in
-// columns.h.
+// These are the primary routines, which the classes call; columns.h lists the secondary ones.
 // Names, arguments and operations are those of the published texts, down to the order of the
 // floating-point operations: the results are the published routines' to the last bit. Matrices are
 // column-major, `ld...` doubles from column to column; pivot vectors count from 1. Any order may be
