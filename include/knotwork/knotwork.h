@@ -3,6 +3,7 @@
 #pragma once
 
 #include "knotwork/geometry/number_sequence.h"
+#include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/geometry/tuple_vector.h"
 #include "knotwork/geometry/vert_data_index_table.h"
 #include "knotwork/geometry/vert_index_table.h"
