@@ -21,6 +21,14 @@ class RODoubleRef;
 class DoubleGenMatPick;
 class IntGenMatPick;
 
+class DoubleGenFact;
+class DoubleQRDecomp;
+class DoubleSVDecomp;
+class DoubleChDecomp;
+class DoubleLeastSqQR;
+class DoubleLeastSqCh;
+class DoubleLeastSqInc;
+
 class TtupleVector;
 class TtupleMatrix;
 class TnumberSequence;

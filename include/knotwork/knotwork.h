@@ -2,6 +2,9 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/decomp/double_least_sq_qr.h"
+#include "knotwork/decomp/double_qr_decomp.h"
+#include "knotwork/decomp/double_sv_decomp.h"
 #include "knotwork/geometry/number_sequence.h"
 #include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/geometry/tuple_vector.h"
