@@ -32,10 +32,10 @@ function(knotwork_add_library name)
            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH $ORIGIN)
   if(WIN32)
+    # knotwork.dll and its import library libknotwork.dll.a
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
-    target_link_options(${name} PRIVATE -static-libgcc -static-libstdc++ -static)
   else()
     # Calls within the library are direct and may be inlined, exported or not.
     target_compile_options(${name} PRIVATE -fno-semantic-interposition)
@@ -44,3 +44,16 @@ function(knotwork_add_library name)
     set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/exports.map)
   endif()
 endfunction()
+
+# Exceptions and streams cross the borders of our DLLs, so all of them share the compiler's run-time DLLs;
+# these lie beside the programs, and are installed along.
+if(WIN32)
+  foreach(dll libstdc++-6.dll libgcc_s_dw2-1.dll libwinpthread-1.dll)
+    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
+      OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    if(IS_ABSOLUTE ${path})
+      list(APPEND KNOTWORK_RUNTIME_DLLS ${path})
+    endif()
+  endforeach()
+  file(COPY ${KNOTWORK_RUNTIME_DLLS} DESTINATION ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
+endif()

@@ -13,10 +13,6 @@ namespace {
 constexpr unsigned short kOrigin = 0x901A;
 constexpr unsigned kFatal = 2;
 
-void reportOutOfMemory() {
-  raiseMathError(MathErrorRecord(knotwork::kOutOfMemory, kFatal, kOrigin), RWBlock::className);
-}
-
 // A stack of up to five freed objects of one size.
 class FreeObjects {
  public:
@@ -55,7 +51,7 @@ const char RWBlock::className[] = "RWBlock";
 RWBlock::RWBlock(unsigned count, unsigned elementSize) : refCount(1), storage(nullptr) {
   if (count == 0) return;
   storage = ::operator new (std::size_t{count} * elementSize, std::nothrow);
-  if (storage == nullptr) reportOutOfMemory();
+  if (storage == nullptr) knotwork::detail::reportOutOfMemory();
 }
 
 RWBlock::~RWBlock() { ::operator delete(storage); }
@@ -78,6 +74,10 @@ void RWBlock::operator delete(void* object, std::size_t size) noexcept {
 }
 
 namespace knotwork::detail {
+
+void reportOutOfMemory() {
+  raiseMathError(MathErrorRecord(kOutOfMemory, kFatal, kOrigin), RWBlock::className);
+}
 
 RWBlock* newBlock(unsigned count, unsigned elementSize) {
   RWBlock* block = new RWBlock(count, elementSize);

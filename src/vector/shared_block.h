@@ -16,6 +16,9 @@ inline RWBlock* shareBlock(RWBlock* block) {
   return block;
 }
 
+// Reports 0x3008 in the name of RWBlock.
+void reportOutOfMemory();
+
 // Gives up one view; the last one frees the block.
 void releaseBlock(RWBlock* block);
 

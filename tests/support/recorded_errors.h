@@ -31,10 +31,25 @@ class RecordedErrors {
   const std::vector<RecordedError>& all() const { return errors_; }
   void clear() { errors_.clear(); }
 
+  // The errors since the last call.
+  std::vector<RecordedError> take() { return std::exchange(errors_, {}); }
+
+  // The errors since the last call as "400d 2x3 matrix not square", one a line.
+  std::string takeText() {
+    std::string all;
+    for (const RecordedError& error : take()) {
+      char code[8];
+      std::snprintf(code, sizeof code, "%04x ", error.code);
+      if (!all.empty()) all += '\n';
+      all.append(code).append(error.text);
+    }
+    return all;
+  }
+
   // The texts since the last call, one a line.
   std::string takeTexts() {
     std::string texts;
-    for (const RecordedError& error : std::exchange(errors_, {})) texts += error.text + "\n";
+    for (const RecordedError& error : take()) texts += error.text + "\n";
     return texts;
   }
 

@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: MIT
-// The element kernels: strided loops without any sum across elements, one table per element type.
+// The element kernels: strided loops without any sum across elements, one table per element type;
+// and the kernels of matrix products, see product_kernels.h.
 //
-// Every kernel works in index order as if one element at a time, so a result may overlap its
-// operands. Strides are in elements and may be negative or zero; a count of 0 does nothing. Several
-// sets exist, compiled for different instruction sets from the same source; they give equal bits.
+// Every element kernel works in index order as if one element at a time, so a result may overlap
+// its operands. Strides are in elements and may be negative or zero; a count of 0 does nothing.
+// Several sets exist, compiled for different instruction sets from the same source; they give equal
+// bits.
 #pragma once
 
 #include <cstddef>
 #include <type_traits>
+
+#include "vector/kernels/product_kernels.h"
 
 namespace knotwork::detail {
 
@@ -40,6 +44,8 @@ struct KernelSet {
   ElementKernels<double> forDouble;
   ElementKernels<int> forInt;
   ElementKernels<signed char> forSChar;
+  ProductKernels<double> productsOfDouble;
+  ProductKernels<int> productsOfInt;
 };
 
 extern const KernelSet baselineKernels;
@@ -64,6 +70,15 @@ inline const ElementKernels<int>& kernels() {
 template <>
 inline const ElementKernels<signed char>& kernels() {
   return activeKernels->forSChar;
+}
+
+template <>
+inline const ProductKernels<double>& productKernels() {
+  return activeKernels->productsOfDouble;
+}
+template <>
+inline const ProductKernels<int>& productKernels() {
+  return activeKernels->productsOfInt;
 }
 
 }  // namespace knotwork::detail

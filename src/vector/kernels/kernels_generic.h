@@ -4,6 +4,7 @@
 // set.
 #include "vector/element_rules.h"
 #include "vector/kernels/kernels.h"
+#include "vector/kernels/product_kernels_generic.h"
 
 namespace {
 
@@ -100,6 +101,7 @@ struct Loops {
 };
 
 constexpr KernelSet kThisSet = {Loops<double>::kTable, Loops<int>::kTable,
-                                Loops<signed char>::kTable};
+                                Loops<signed char>::kTable, ProductLoops<double>::kTable,
+                                ProductLoops<int>::kTable};
 
 }  // namespace

@@ -1,2 +1,0 @@
-# SPDX-License-Identifier: MIT
-# Tests: one program per folder of the library, each run once for every set of element kernels.

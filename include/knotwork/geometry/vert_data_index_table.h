@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: MIT
+// TvertDataIndexTable: a hash multimap from an integer, typically a vertex number, to an integer.
+#pragma once
+
+#include "knotwork/geometry/vert_table.h"
+
+/// Multimap from integer keys to one integer each, with amortised constant insertion, search and
+/// removal.
+///
+/// Among the entries of one key the newest is the first: find(), remove(), insertReplace() and
+/// KeyIterator agree on it. Memory that runs out is told by false; nothing is thrown.
+class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
+ public:
+  /// An empty table of one bucket that may grow without limit.
+  TvertDataIndexTable();
+
+  /// @param initial  buckets at the start, rounded up to a power of two; the table never has fewer.
+  /// @param maximum  the bucket count never exceeds this by growing.
+  TvertDataIndexTable(unsigned initial, unsigned maximum);
+
+  /// Deep copy.
+  TvertDataIndexTable(const TvertDataIndexTable& other);
+  /// Deep copy.
+  TvertDataIndexTable& operator=(const TvertDataIndexTable& other);
+  /// Frees every entry.
+  ~TvertDataIndexTable() override;
+
+  /// Adds an entry, also for a key that is there already. @return whether memory for it was found.
+  bool insert(const int& key, const int& data);
+
+  /// Adds an entry for a key that is not there yet. @return whether it was added.
+  bool insertUnique(const int& key, const int& data);
+
+  /// Overwrites the data of the key's first entry, or adds one if there is none.
+  /// @return false only if memory for a new entry was not found.
+  bool insertReplace(const int& key, const int& data);
+
+  /// @return the data of the key's first entry, writable, until that entry is removed; or null.
+  int* find(const int& key);
+
+  /// @return the data of the key's first entry, until that entry is removed; or null.
+  const int* find(const int& key) const;
+
+  /// @param[out] data  the data of the key's first entry; left alone if there is none.
+  /// @return whether the key is there.
+  bool find(const int& key, int& data) const;
+
+  /// Walk over all entries, bucket by bucket.
+  class KNOTWORK_API Iterator : public knotwork::detail::VertIterator {
+   public:
+    /// Attaches to a table and goes to its first entry.
+    explicit Iterator(TvertDataIndexTable& table);
+
+    /// @return the current key; not tested for done.
+    KNOTWORK_INLINE_API const int& key() const { return entry()->key; }
+
+    /// @return the current data, writable; not tested for done.
+    KNOTWORK_INLINE_API int& data() const { return entry()->data; }
+
+    /// @param[out] data  the current data; left alone when done. @return whether an entry is
+    /// current.
+    bool getData(int& data) const;
+
+    /// Inserts every entry of this table into another one, duplicates kept; the iterator ends done.
+    /// The other table may be this one: the entries it holds now are then doubled.
+    void appendAllTo(TvertDataIndexTable& other);
+  };
+
+  /// Walk over the entries of one key, newest first.
+  class KNOTWORK_API KeyIterator : public knotwork::detail::VertIterator {
+   public:
+    /// Attaches to a table and goes to the first entry of a key.
+    KeyIterator(TvertDataIndexTable& table, const int& key);
+
+    /// Goes to the first entry of a key, which it then remembers. @return whether there is one.
+    bool first(const int& key);
+
+    /// Goes to the key's next entry; false, and done, after the last one. @return whether there is
+    /// one.
+    bool next();
+
+    /// @return the current data, writable; null when done.
+    int* data() const;
+
+    /// @param[out] data  the current data; left alone when done. @return whether an entry is
+    /// current.
+    bool getData(int& data) const;
+
+    /// Removes the current entry and goes to the key's next one. @return whether there was one.
+    bool removeThenNext();
+
+   private:
+    int key_;
+  };
+};

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// TvertIndexTable: a hash set of integers, typically vertex numbers, that may hold duplicates.
+#pragma once
+
+#include "knotwork/geometry/vert_table.h"
+
+/// Multiset of integer keys with amortised constant insertion, search and removal.
+///
+/// The bucket of a key is the key modulo the power-of-two bucket count: consecutive vertex numbers
+/// never collide. Memory that runs out is told by false; nothing is thrown.
+class KNOTWORK_API TvertIndexTable : public knotwork::detail::VertTable {
+ public:
+  /// An empty table of one bucket that may grow without limit.
+  TvertIndexTable();
+
+  /// @param initial  buckets at the start, rounded up to a power of two; the table never has fewer.
+  /// @param maximum  the bucket count never exceeds this by growing.
+  TvertIndexTable(unsigned initial, unsigned maximum);
+
+  /// Deep copy.
+  TvertIndexTable(const TvertIndexTable& other);
+  /// Deep copy.
+  TvertIndexTable& operator=(const TvertIndexTable& other);
+  /// Frees every entry.
+  ~TvertIndexTable() override;
+
+  /// Adds a key, also one that is there already. @return whether memory for it was found.
+  bool insert(const int& key);
+
+  /// Adds a key that is not there yet. @return whether it was added.
+  bool insertUnique(const int& key);
+
+  /// @return whether the key is there.
+  bool find(const int& key) const;
+
+  /// @return how often the key is there.
+  unsigned keyCount(const int& key) const;
+
+  /// Walk over all keys, bucket by bucket.
+  class KNOTWORK_API Iterator : public knotwork::detail::VertIterator {
+   public:
+    /// Attaches to a table and goes to its first entry.
+    explicit Iterator(TvertIndexTable& table);
+
+    /// @return the current key; not tested for done.
+    KNOTWORK_INLINE_API int key() const { return entry()->key; }
+  };
+};

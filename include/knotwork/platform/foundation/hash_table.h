@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// Foundation stand-in: a growing and shrinking bucket table for entries that subclasses define.
+#pragma once
+
+#include "knotwork/platform/export.h"
+
+/// Head of every entry: the next one of its chain and the hash it was inserted with.
+struct ThashTableEntry {
+  ThashTableEntry* next;
+  unsigned hash;
+};
+
+/// Chained hash table. It owns the bucket array; the subclass defines, makes and frees the entries.
+///
+/// The bucket count is a power of two, so the bucket of a hash is hash & (bucketCount_ - 1). It
+/// doubles when the entries outnumber the buckets and falls when they are fewer than a quarter:
+/// insertion and removal take amortised constant time. New entries stand first in their chain, and
+/// entries of one hash keep that order, newest first, whenever the table grows or shrinks. Where
+/// memory for more buckets cannot be had, the table stays as it is and chains grow instead.
+class KNOTWORK_FOUNDATION_API ThashTable {
+ public:
+  /// @param initial  buckets at the start, rounded up to a power of two, at least 1; the count
+  /// never
+  ///                 falls below it. (Fewer, where memory for so many cannot be had.)
+  /// @param maximum  growth stops before the count would exceed this.
+  ThashTable(unsigned initial, unsigned maximum);
+
+  virtual ~ThashTable();
+
+ protected:
+  /// Takes over the limits of `other`, not its entries: the subclass's copy constructor goes on
+  /// with copyEntries().
+  ThashTable(const ThashTable& other);
+
+  /// Makes this a deep copy of `other`; if memory runs out it stays as it was.
+  ThashTable& operator=(const ThashTable& other);
+
+  /// Puts an entry first in its chain, then grows the table if it is due.
+  /// @return true; false, and nothing done, for a null entry.
+  bool insertWithHash(ThashTableEntry* entry, unsigned hash);
+
+  /// Halves the bucket count for as long as the entries are fewer than a quarter of the buckets,
+  /// but not below the initial count.
+  void shrinkTable();
+
+  /// Goes back to the initial bucket count.
+  void reinitializeTable();
+
+  /// Replaces the entries by copies of those of `other`, each chain in the same order.
+  /// @return true; false, and nothing changed, if an entry cannot be had.
+  bool copyEntries(const ThashTable& other);
+
+  /// Frees every entry and empties every bucket; the bucket array stays.
+  void freeEntries();
+
+  /// @return a new entry with the same contents, or null if memory ran out.
+  virtual ThashTableEntry* cloneEntry(const ThashTableEntry* entry) const = 0;
+
+  /// Frees an entry that cloneEntry() or the subclass made.
+  virtual void freeEntry(ThashTableEntry* entry) const = 0;
+
+  unsigned entryCount_;        ///< entries in all chains
+  unsigned bucketCount_;       ///< a power of two
+  ThashTableEntry** buckets_;  ///< first entry of each chain, or null
+
+ private:
+  friend class ThashTableIterator;
+  bool doubleBuckets();
+  void foldBuckets(unsigned count);
+
+  ThashTableEntry* single_;  // the bucket array of a table with one bucket: it cannot fail
+  unsigned initial_;
+  unsigned maximum_;
+};

@@ -1,0 +1,56 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash disable=SC2034
+# Shared by the scripts beside it: where the project stands, how a script fails, how it gets packages.
+set -euo pipefail
+
+script=$(basename "$0")
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+say() { printf '%s: %s\n' "$script" "$*"; }
+
+fail() {
+  say "FAILED: $*" >&2
+  exit 1
+}
+
+is_installed() {
+  [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+# as_root COMMAND...: runs it with root's rights, without a terminal to ask questions on.
+as_root() {
+  if ((EUID == 0)); then
+    env DEBIAN_FRONTEND=noninteractive "$@" </dev/null
+  else
+    sudo env DEBIAN_FRONTEND=noninteractive "$@" </dev/null
+  fi
+}
+
+can_be_root() { ((EUID == 0)) || command -v sudo >/dev/null; }
+
+# install_packages PACKAGE...: installs those that are missing; when that fails, `why` says why.
+install_packages() {
+  local package missing=()
+  for package in "$@"; do
+    is_installed "$package" || missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+  why="Debian packages ${missing[*]} are missing, and there is no apt-get here to install them"
+  command -v apt-get >/dev/null || return 1
+  why="Debian packages ${missing[*]} are missing: run this as root, or as a user with sudo"
+  can_be_root || return 1
+  say "installing ${missing[*]}"
+  as_root apt-get update -qq || say "package lists not refreshed, trying those at hand" >&2
+  why="apt-get could not install ${missing[*]}"
+  as_root apt-get install -y -qq --no-install-recommends -o Dpkg::Use-Pty=0 "${missing[@]}" >/dev/null
+}
+
+# require PACKAGE...: the same, where nothing can go on without them.
+require() { install_packages "$@" || fail "$why"; }
+
+# workflow PRESET: configures, builds and, where the preset says so, tests; quiet until something fails.
+workflow() { cmake --workflow --preset "$1" || fail "preset $1"; }
+
+build_packages=(g++ cmake ninja-build libblas-dev)
+test_packages=("${build_packages[@]}" libgtest-dev pkg-config)

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// Functions of whole general matrices, written once for both element types.
+#pragma once
+
+#include <algorithm>
+#include <limits>
+
+#include "knotwork/vector/math_codes.h"
+#include "matrix/blocked_product.h"
+#include "vector/math_report.h"
+#include "vector/shared_block.h"
+#include "vector/vec_functions.h"
+
+namespace knotwork::detail {
+
+template <class Mat>
+using VectorOf = typename Mat::vector_type;
+
+// ---- Shapes -------------------------------------------------------------------------------------
+
+// rows * cols; 0, with a report, if that is more than a vector can have.
+inline unsigned elementCount(unsigned rows, unsigned cols) {
+  const auto count = static_cast<unsigned long long>(rows) * cols;
+  if (count <= std::numeric_limits<unsigned>::max()) return static_cast<unsigned>(count);
+  reportOutOfMemory();
+  return 0;
+}
+
+template <class A, class B>
+bool sameShape(const A& a, const B& b) {
+  return a.rows() == b.rows() && a.cols() == b.cols();
+}
+
+// Reports 0x4004 unless the shapes are equal.
+template <class A, class B>
+void shapeCheck(const A& a, const B& b) {
+  if (sameShape(a, b)) return;
+  raiseMathErrorCode(kMatrixSizesDiffer, a.rows(), a.cols(), b.rows(), b.cols());
+}
+
+// The vector as a matrix of the given dimensions, shortened or filled up with 0 where a report of
+// differing sizes was survived, so that every element that the matrix claims exists.
+template <class Mat>
+Mat wrap(VectorOf<Mat> v, unsigned rows, unsigned cols) {
+  const unsigned count = elementCount(rows, cols);
+  v.resize(count);
+  return v.length() == count ? Mat(v, rows, cols) : Mat();
+}
+
+// m, or where its vector is too short for its dimensions, a filled-up copy.
+template <class Mat>
+Mat complete(const Mat& m) {
+  const auto count = static_cast<unsigned long long>(m.rows()) * m.cols();
+  return m.dataVec().length() >= count ? m : wrap<Mat>(m.dataVec(), m.rows(), m.cols());
+}
+
+// ---- Element by element -------------------------------------------------------------------------
+
+// f of both element vectors as a matrix of a's dimensions.
+template <class Mat, class F>
+Mat combineMatrices(const Mat& a, const Mat& b, F f) {
+  shapeCheck(a, b);
+  return wrap<Mat>(f(a.dataVec(), b.dataVec()), a.rows(), a.cols());
+}
+
+// The vector made of m's elements, as a matrix of m's dimensions.
+template <class Mat>
+Mat shapedLike(const Mat& m, const VectorOf<Mat>& v) {
+  return wrap<Mat>(v, m.rows(), m.cols());
+}
+
+// ---- Products -----------------------------------------------------------------------------------
+
+template <class Mat>
+auto gridOf(const Mat& m) {
+  const std::ptrdiff_t stride = m.dataVec().stride();
+  return Grid<const ElementOf<Mat>>{m.data(), stride,
+                                    stride * static_cast<std::ptrdiff_t>(m.rows())};
+}
+
+// a b for two grids of inner dimension `depth`, as a rows x cols matrix.
+template <class Mat>
+Mat productOf(unsigned rows, unsigned cols, unsigned depth, Grid<const ElementOf<Mat>> a,
+              Grid<const ElementOf<Mat>> b) {
+  Mat result(rows, cols, 0);
+  blockedProduct(result.rows(), result.cols(), depth, a, b, result.data());
+  return result;
+}
+
+template <class Mat>
+Mat product(const Mat& left, const Mat& right) {
+  if (left.cols() != right.rows()) {
+    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.rows(), left.cols(), right.rows(),
+                       right.cols());
+  }
+  const Mat a = complete(left);
+  const Mat b = complete(right);
+  return productOf<Mat>(a.rows(), b.cols(), std::min(a.cols(), b.rows()), gridOf(a), gridOf(b));
+}
+
+template <class Mat>
+Mat transposeProduct(const Mat& left, const Mat& right) {
+  if (left.rows() != right.rows()) {
+    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.cols(), left.rows(), right.rows(),
+                       right.cols());
+  }
+  const Mat a = complete(left);
+  const Mat b = complete(right);
+  return productOf<Mat>(a.cols(), b.cols(), std::min(a.rows(), b.rows()), gridOf(a).transposed(),
+                        gridOf(b));
+}
+
+template <class Mat>
+Mat transProduct(const Mat& left, const Mat& right) {
+  if (left.cols() != right.cols()) {
+    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.rows(), left.cols(), right.cols(),
+                       right.rows());
+  }
+  const Mat a = complete(left);
+  const Mat b = complete(right);
+  return productOf<Mat>(a.rows(), b.rows(), std::min(a.cols(), b.cols()), gridOf(a),
+                        gridOf(b).transposed());
+}
+
+template <class Mat>
+VectorOf<Mat> product(const Mat& matrix, const VectorOf<Mat>& v) {
+  if (matrix.cols() != v.length()) {
+    raiseMathErrorCode(kNoMatrixVectorProduct, Mat::className, matrix.rows(), matrix.cols(),
+                       v.length());
+  }
+  const Mat m = complete(matrix);
+  VectorOf<Mat> result(m.rows(), 0);
+  addColumns(result.length(), std::min(m.cols(), v.length()), gridOf(m), runOf(v), result.data());
+  return result;
+}
+
+template <class Mat>
+VectorOf<Mat> product(const VectorOf<Mat>& v, const Mat& matrix) {
+  if (matrix.rows() != v.length()) {
+    raiseMathErrorCode(kNoVectorMatrixProduct, v.length(), Mat::className, matrix.rows(),
+                       matrix.cols());
+  }
+  const Mat m = complete(matrix);
+  VectorOf<Mat> result(m.cols(), 0);
+  addColumnDots(std::min(m.rows(), v.length()), result.length(), runOf(v), gridOf(m),
+                result.data());
+  return result;
+}
+
+template <class Mat>
+Mat transpose(const Mat& matrix) {
+  const Mat m = complete(matrix);
+  Mat result(m.cols(), m.rows());
+  for (int i = 0; i < static_cast<int>(result.cols()); ++i) result.col(i) = m.row(i);
+  return result;
+}
+
+// rows or columns of a Kronecker product; more than fit are more than memory has
+inline unsigned timesDimension(unsigned a, unsigned b) {
+  const auto product = static_cast<unsigned long long>(a) * b;
+  constexpr unsigned long long kMost = std::numeric_limits<unsigned>::max();
+  return static_cast<unsigned>(std::min(product, kMost));
+}
+
+template <class Mat>
+Mat kronecker(const Mat& left, const Mat& right) {
+  const Mat a = complete(left);
+  const Mat b = complete(right);
+  Mat result(timesDimension(a.rows(), b.rows()), timesDimension(a.cols(), b.cols()));
+  for (int column = 0; column < static_cast<int>(result.cols()); ++column) {
+    const int width = static_cast<int>(b.cols());
+    const auto below = result.col(column);
+    const auto source = b.col(column % width);
+    for (int i = 0; i < static_cast<int>(a.rows()); ++i) {
+      auto block = below.slice(i * static_cast<int>(b.rows()), b.rows(), 1);
+      kernels<ElementOf<Mat>>().multiplyScalar(b.rows(), runOf(block), runOf(source),
+                                               a(i, column / width));
+    }
+  }
+  return result;
+}
+
+}  // namespace knotwork::detail

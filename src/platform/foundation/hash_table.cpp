@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+// Foundation stand-in: the bucket array of a chained hash table and its growth.
+#include "knotwork/platform/foundation/hash_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+
+namespace {
+
+constexpr unsigned kMostBuckets = 1U << 31;
+
+unsigned powerOfTwo(unsigned n) { return std::bit_ceil(std::clamp(n, 1U, kMostBuckets)); }
+
+std::size_t arrayBytes(std::size_t buckets) {
+  constexpr std::size_t kAll = static_cast<std::size_t>(-1);
+  return buckets > kAll / sizeof(ThashTableEntry*) ? kAll : buckets * sizeof(ThashTableEntry*);
+}
+
+ThashTableEntry** emptyBuckets(unsigned count) {
+  return static_cast<ThashTableEntry**>(std::calloc(count, sizeof(ThashTableEntry*)));
+}
+
+}  // namespace
+
+ThashTable::ThashTable(unsigned initial, unsigned maximum)
+    : entryCount_(0),
+      bucketCount_(powerOfTwo(initial)),
+      buckets_(nullptr),
+      single_(nullptr),
+      initial_(bucketCount_),
+      maximum_(maximum) {
+  while (bucketCount_ > 1 && !(buckets_ = emptyBuckets(bucketCount_))) bucketCount_ /= 2;
+  if (!buckets_) buckets_ = &single_;
+}
+
+ThashTable::ThashTable(const ThashTable& other) : ThashTable(other.initial_, other.maximum_) {}
+
+ThashTable& ThashTable::operator=(const ThashTable& other) {
+  if (this == &other || !copyEntries(other)) return *this;
+  initial_ = other.initial_;
+  maximum_ = other.maximum_;
+  return *this;
+}
+
+ThashTable::~ThashTable() {
+  if (buckets_ != &single_) std::free(buckets_);
+}
+
+bool ThashTable::insertWithHash(ThashTableEntry* entry, unsigned hash) {
+  if (!entry) return false;
+  ThashTableEntry*& head = buckets_[hash & (bucketCount_ - 1)];
+  entry->hash = hash;
+  entry->next = head;
+  head = entry;
+  if (++entryCount_ > bucketCount_) doubleBuckets();
+  return true;
+}
+
+void ThashTable::shrinkTable() {
+  unsigned count = bucketCount_;
+  while (count > initial_ && entryCount_ < count / 4) count /= 2;
+  foldBuckets(count);
+}
+
+void ThashTable::reinitializeTable() {
+  foldBuckets(std::min(initial_, bucketCount_));
+  while (bucketCount_ < initial_ && doubleBuckets()) {
+  }
+}
+
+bool ThashTable::copyEntries(const ThashTable& other) {
+  ThashTableEntry* copies = nullptr;  // in reverse, so that insertion in front restores the order
+  for (unsigned b = 0, left = other.entryCount_; left > 0; ++b) {
+    for (const ThashTableEntry* e = other.buckets_[b]; e; e = e->next, --left) {
+      ThashTableEntry* copy = cloneEntry(e);
+      if (!copy) {
+        for (; copies; freeEntry(copy)) copy = copies, copies = copies->next;
+        return false;
+      }
+      copy->next = copies;
+      copies = copy;
+    }
+  }
+  freeEntries();
+  foldBuckets(std::min(bucketCount_, other.bucketCount_));
+  while (bucketCount_ < other.bucketCount_ && doubleBuckets()) {
+  }
+  while (ThashTableEntry* const copy = copies) {
+    copies = copies->next;
+    insertWithHash(copy, copy->hash);
+  }
+  return true;
+}
+
+void ThashTable::freeEntries() {
+  for (unsigned b = 0; entryCount_ > 0; ++b) {
+    while (ThashTableEntry* const entry = buckets_[b]) {
+      buckets_[b] = entry->next;
+      freeEntry(entry);
+      --entryCount_;
+    }
+  }
+}
+
+// Splits each chain over its bucket and the one `bucketCount_` further on; order is kept.
+bool ThashTable::doubleBuckets() {
+  const unsigned old = bucketCount_;
+  if (old >= kMostBuckets || 2 * old > maximum_) return false;
+  void* const memory = std::realloc(buckets_ == &single_ ? nullptr : buckets_, arrayBytes(2 * old));
+  if (!memory) return false;
+  auto** const grown = static_cast<ThashTableEntry**>(memory);
+  if (buckets_ == &single_) grown[0] = single_;
+  for (unsigned b = 0; b < old; ++b) {
+    ThashTableEntry** tails[2] = {&grown[b], &grown[b + old]};
+    for (ThashTableEntry* entry = grown[b]; entry; entry = entry->next) {
+      ThashTableEntry**& tail = tails[(entry->hash & old) != 0];
+      *tail = entry;
+      tail = &entry->next;
+    }
+    *tails[0] = *tails[1] = nullptr;
+  }
+  buckets_ = grown;
+  bucketCount_ = 2 * old;
+  return true;
+}
+
+// Puts the chains of the buckets from `count` on in front of those below; each keeps its order.
+void ThashTable::foldBuckets(unsigned count) {
+  if (count >= bucketCount_) return;
+  for (unsigned b = count; b < bucketCount_; ++b) {
+    if (!buckets_[b]) continue;
+    ThashTableEntry* last = buckets_[b];
+    while (last->next) last = last->next;
+    last->next = buckets_[b & (count - 1)];
+    buckets_[b & (count - 1)] = buckets_[b];
+  }
+  bucketCount_ = count;
+  if (count == 1) {
+    single_ = buckets_[0];
+    std::free(buckets_);
+    buckets_ = &single_;
+  } else if (void* const memory = std::realloc(buckets_, arrayBytes(count))) {
+    buckets_ = static_cast<ThashTableEntry**>(memory);
+  }
+}

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+// The vertex tables against std::map models under seeded random operations, and their oddities.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <list>
+#include <map>
+#include <random>
+
+#include "knotwork/geometry/vert_data_index_table.h"
+#include "knotwork/geometry/vert_index_table.h"
+#include "support/failing_new.h"
+
+namespace {
+
+using Model = std::map<int, std::list<int>>;  // key -> data, newest first
+
+Model contents(TvertDataIndexTable& table) {
+  Model all;
+  for (TvertDataIndexTable::Iterator it(table); !it.isDone(); it.next()) {
+    all[it.key()].push_back(it.data());
+  }
+  return all;
+}
+
+bool dropFirst(Model& model, int key) {
+  const auto at = model.find(key);
+  if (at == model.end()) return false;
+  at->second.pop_front();
+  if (at->second.empty()) model.erase(at);
+  return true;
+}
+
+void replaceFirst(Model& model, int key, int data) {
+  if (model[key].empty()) model[key].push_front(0);
+  model[key].front() = data;
+}
+
+// One random operation on table and model, with equal results.
+void step(std::mt19937& random, TvertDataIndexTable& table, Model& model, int phase) {
+  const int key =
+      static_cast<int>(random() % 97) * 65536 - 48 * 65536 + static_cast<int>(random() % 3);
+  const int data = static_cast<int>(random());
+  const auto choice = random() % 8 + (phase == 0 ? 0 : 3);  // phase 1 removes more than it adds
+  if (choice < 4) {
+    ASSERT_TRUE(table.insert(key, data));
+    model[key].push_front(data);
+  } else if (choice == 4) {
+    ASSERT_EQ(table.insertUnique(key, data), !model.contains(key));
+    if (!model.contains(key)) model[key].push_front(data);
+  } else if (choice == 5) {
+    ASSERT_TRUE(table.insertReplace(key, data));
+    replaceFirst(model, key, data);
+  } else {
+    ASSERT_EQ(table.remove(key), dropFirst(model, key));
+  }
+  int found = 5;
+  ASSERT_EQ(table.find(key, found), model.contains(key));
+  ASSERT_EQ(found, model.contains(key) ? model[key].front() : 5);
+}
+
+}  // namespace
+
+TEST(VertDataIndexTable, FollowsItsModelWhileGrowingAndShrinking) {
+  for (const unsigned initial : {0U, 5U, 64U}) {
+    std::mt19937 random(20240607U + initial);
+    TvertDataIndexTable table(initial, initial == 5 ? 32 : 0xFFFFFFFFU);
+    Model model;
+    for (int i = 0; i < 40000; ++i) {
+      ASSERT_NO_FATAL_FAILURE(step(random, table, model, i / 5000 % 2));
+      if (i % 1000 == 0) {
+        ASSERT_EQ(contents(table), model);
+      }
+    }
+    TvertDataIndexTable copy(table), assigned(16, 16);
+    assigned.insert(1, 2);
+    assigned = table;
+    table.reset();
+    EXPECT_EQ(contents(table), Model{});
+    EXPECT_EQ(contents(copy), model);
+    EXPECT_EQ(contents(assigned = assigned), model);
+  }
+}
+
+TEST(VertDataIndexTable, KeyIteratorWalksNewestFirstAndRemoves) {
+  TvertDataIndexTable table;
+  for (int i = 0; i < 1000; ++i) table.insert(i % 7 - 3, i);
+  TvertDataIndexTable::KeyIterator it(table, -2);
+  for (int i = 995; i >= 1; i -= 7) {
+    ASSERT_EQ(*it.data(), i);
+    if (i % 2) {
+      EXPECT_TRUE(it.removeThenNext());
+    } else {
+      it.next();
+    }
+  }
+  int untouched = 4;
+  EXPECT_TRUE(it.isDone() && !it.next() && !it.removeThenNext() && !it.getData(untouched));
+  EXPECT_EQ(untouched, 4);
+  EXPECT_EQ(it.data(), nullptr);
+  EXPECT_TRUE(it.first(-2));
+  EXPECT_EQ(*it.data(), 988);
+  EXPECT_TRUE(TvertDataIndexTable::KeyIterator(table, 99).isDone());
+}
+
+TEST(VertDataIndexTable, RemovingWhileIteratingLeavesTheRest) {
+  TvertDataIndexTable table, doubled;
+  Model model;
+  for (int i = 0; i < 3000; ++i) {
+    table.insert(i * 37, i);
+    if (i % 3) model[i * 37].push_front(i);
+  }
+  TvertDataIndexTable::Iterator it(table);
+  while (!it.isDone()) it.data() % 3 ? it.next() : it.removeThenNext();
+  EXPECT_EQ(contents(table), model);
+  it.appendAllTo(doubled);
+  it.appendAllTo(table);
+  EXPECT_TRUE(it.isDone());
+  EXPECT_EQ(contents(doubled), model);
+  for (auto& [key, data] : model) data.push_front(data.front());
+  EXPECT_EQ(contents(table), model);
+  for (it.first(); it.removeThenNext();) {
+  }
+  EXPECT_EQ(contents(table), Model{});
+}
+
+TEST(VertIndexTable, CountsDuplicatesAndNegativeKeys) {
+  TvertIndexTable table;
+  for (const int key : {7, -7, 7, -2147483647 - 1, 0}) table.insert(key);
+  EXPECT_EQ(table.keyCount(7), 2U);
+  EXPECT_FALSE(table.insertUnique(7));
+  EXPECT_TRUE(table.insertUnique(8));
+  EXPECT_TRUE(table.remove(7) && table.keyCount(7) == 1);
+  EXPECT_TRUE(table.find(-2147483647 - 1) && table.find(-7) && !table.find(9) && !table.remove(9));
+  TvertIndexTable::Iterator it(table), second(it);
+  int key = 0, sum = 0;
+  for (; second.getKey(key); second.next()) sum += key == second.key();
+  EXPECT_EQ(sum, 5);
+}
+
+TEST(VertIndexTable, EveryFailingAllocationIsToldAndHarmless) {
+  if (!knotwork::test::canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own";
+  for (unsigned n = 0; n < 30; ++n) {
+    TvertIndexTable table;
+    unsigned made = 0;
+    {
+      const knotwork::test::FailingNew failing(n);
+      for (int key = 0; key < 30; ++key) made += table.insert(key);
+      EXPECT_EQ(TvertIndexTable(table).keyCount(0), 0U);  // a copy without memory is empty
+      TvertIndexTable kept;
+      kept = table;
+      EXPECT_FALSE(kept.find(0));
+    }
+    EXPECT_EQ(made, n);
+    unsigned walked = 0;
+    for (TvertIndexTable::Iterator it(table); !it.isDone(); it.next()) ++walked;
+    EXPECT_EQ(walked, n);
+  }
+}

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+// Products against the plain triple loop, to the bit.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+
+#include "knotwork/knotwork.h"
+#include "support/recorded_errors.h"
+
+namespace {
+
+bool sameBits(const DoubleVec& a, const DoubleVec& b) {
+  if (a.length() != b.length()) return false;
+  for (int i = 0; i < static_cast<int>(a.length()); ++i) {
+    const double x = a(i);
+    const double y = b(i);
+    if (!(std::isnan(x) && std::isnan(y)) && std::memcmp(&x, &y, sizeof x) != 0) return false;
+  }
+  return true;
+}
+
+// Magnitudes over 40 binary orders and many cancellations: another order of a sum, or a product
+// that is not rounded, gives other bits.
+DoubleGenMat roughMatrix(unsigned rows, unsigned cols, std::mt19937& random) {
+  std::uniform_real_distribution<double> mantissa(-1.0, 1.0);
+  std::uniform_int_distribution<int> exponent(-20, 20);
+  DoubleGenMat m(rows, cols);
+  for (int i = 0; i < static_cast<int>(rows * cols); ++i) {
+    m.dataVec()(i) = std::ldexp(mantissa(random), exponent(random));
+  }
+  return m;
+}
+
+template <class Mat>
+Mat slowProduct(const Mat& a, const Mat& b) {
+  Mat c(a.rows(), b.cols(), 0);
+  for (int i = 0; i < static_cast<int>(a.rows()); ++i) {
+    for (int j = 0; j < static_cast<int>(b.cols()); ++j) {
+      for (int p = 0; p < static_cast<int>(a.cols()); ++p) c(i, j) = c(i, j) + a(i, p) * b(p, j);
+    }
+  }
+  return c;
+}
+
+void expectAllProducts(const DoubleGenMat& a, const DoubleGenMat& b) {
+  const DoubleGenMat slow = slowProduct(a, b);
+  EXPECT_TRUE(sameBits(product(a, b).dataVec(), slow.dataVec()));
+  EXPECT_TRUE(sameBits(transposeProduct(transpose(a), b).dataVec(), slow.dataVec()));
+  EXPECT_TRUE(sameBits(transProduct(a, transpose(b)).dataVec(), slow.dataVec()));
+  if (slow.dataVec().length() == 0) return;
+  EXPECT_TRUE(sameBits(product(a, b.col(0)), slow.col(0)));
+  EXPECT_TRUE(sameBits(product(a.row(0), b), slow.row(0)));
+  EXPECT_TRUE(sameBits(product(a.row(0).copy(), b), slow.row(0)));
+}
+
+TEST(MatrixProduct, SumsRunInIndexOrderInEveryShape) {
+  std::mt19937 random(20240311);
+  const unsigned shapes[][3] = {
+      {1, 1, 1}, {3, 5, 2}, {8, 4, 16}, {9, 130, 5}, {70, 257, 13}, {65, 128, 4}, {17, 300, 31},
+      {0, 3, 2}, {2, 0, 3}, {2, 3, 0},  {1, 200, 1}, {129, 1, 9},   {64, 129, 8}};
+  for (const auto& [rows, depth, cols] : shapes) {
+    SCOPED_TRACE(testing::Message() << rows << " x " << depth << " x " << cols);
+    expectAllProducts(roughMatrix(rows, depth, random), roughMatrix(depth, cols, random));
+  }
+}
+
+// Forwards 0.0, backwards 1.0, in pairs 2.0; with an unrounded product 2^-60 more.
+TEST(MatrixProduct, DataTellsTheOrderOfTheSum) {
+  const double terms[] = {1.0, 1e17, -1e17, 0.0};
+  const DoubleGenMat a(terms, 1, 4);
+  const DoubleGenMat ones(4, 9, 1.0);
+  EXPECT_EQ(product(a, ones)(0, 8), 0.0);
+  EXPECT_EQ(product(ones.col(0).slice(3, 4, -1), DoubleGenMat(a.dataVec(), 4, 1))(0), 0.0);
+  DoubleVec backwards = a.dataVec().slice(3, 4, -1);
+  EXPECT_EQ(product(DoubleGenMat(backwards, 1, 4), ones)(0, 8), 1.0);
+  const double e = std::ldexp(1.0, -30);
+  const double fused[] = {-(1.0 + 2 * e), 1.0 + e};
+  const double by[] = {1.0, 1.0 + e};
+  EXPECT_EQ(product(DoubleGenMat(fused, 1, 2), DoubleGenMat(by, 2, 1))(0, 0), 0.0);
+}
+
+TEST(MatrixProduct, KeepsNanInfinityAndSignedZeros) {
+  std::mt19937 random(7);
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  const double odd[] = {0.0, -0.0, kInf, -kInf, std::nan(""), 5e-324, 1e308};
+  DoubleGenMat a = roughMatrix(21, 140, random);
+  DoubleGenMat b = roughMatrix(140, 11, random);
+  for (int k = 0; k < 30; ++k) {
+    a.dataVec()(static_cast<int>(random() % (21 * 140))) = odd[random() % 7];
+    b.dataVec()(static_cast<int>(random() % (140 * 11))) = odd[random() % 7];
+  }
+  expectAllProducts(a, b);
+  // From +0 on, a sum of negative zeros is +0.
+  EXPECT_FALSE(std::signbit(product(DoubleGenMat(9, 2, -0.0), DoubleGenMat(2, 5, 1.0))(0, 0)));
+}
+
+TEST(MatrixProduct, TakesStridedViews) {
+  std::mt19937 random(99);
+  const DoubleVec storage = roughMatrix(200, 10, random).dataVec();
+  const DoubleGenMat a(storage.slice(1999, 600, -3), 20, 30);
+  const DoubleGenMat b(storage.slice(4, 210, 2), 30, 7);
+  expectAllProducts(a, b);
+  EXPECT_TRUE(sameBits(product(a, storage.slice(9, 30, 0)),
+                       product(a.copy(), storage.slice(9, 30, 0).copy())));
+}
+
+TEST(MatrixProduct, IntegersWrap) {
+  std::mt19937 random(5);
+  IntGenMat a(19, 150);
+  IntGenMat b(150, 6);
+  for (int i = 0; i < 19 * 150; ++i) a.dataVec()(i) = static_cast<int>(random() % 2000) - 1000;
+  for (int i = 0; i < 150 * 6; ++i) b.dataVec()(i) = static_cast<int>(random() % 2000) - 1000;
+  EXPECT_TRUE(product(a, b) == slowProduct(a, b));
+  EXPECT_TRUE(transposeProduct(transpose(a), b) == slowProduct(a, b));
+  EXPECT_TRUE(product(b.col(3), transpose(a)) == slowProduct(a, b).col(3));
+  EXPECT_EQ(product(IntGenMat(1, 1, 1 << 20), IntVec(1, 1 << 13))(0), 0);
+}
+
+TEST(MatrixProduct, MismatchIsReportedOnceAndTheShorterDimensionTaken) {
+  RecordedErrors errors;
+  const DoubleGenMat a(2, 3, 1.0);
+  const DoubleGenMat b(2, 4, 1.0);
+  EXPECT_EQ(product(a, b)(1, 3), 2.0);
+  EXPECT_EQ(errors.takeText(),
+            "4016 inner product not possible DoubleGenMat matrices (2,3) and (2x4)");
+  EXPECT_EQ(transposeProduct(a, transpose(b)).rows(), 3u);
+  EXPECT_EQ(errors.takeText(),
+            "4016 inner product not possible DoubleGenMat matrices (3,2) and (4x2)");
+  EXPECT_EQ(transProduct(a, b)(0, 1), 3.0);
+  EXPECT_EQ(errors.takeText(),
+            "4016 inner product not possible DoubleGenMat matrices (2,3) and (4x2)");
+  EXPECT_EQ(product(a, DoubleVec(4, 1.0))(1), 3.0);
+  EXPECT_EQ(errors.takeText(),
+            "4014 inner product not possible between DoubleGenMat (2x3) and vector (4)");
+  EXPECT_EQ(product(DoubleVec(1, 1.0), a)(2), 1.0);
+  EXPECT_EQ(errors.takeText(), "4015 inner product not possible vector(1) and DoubleGenMat (2x3)");
+}
+
+TEST(MatrixProduct, KroneckerBlocksAreScaledCopies) {
+  std::mt19937 random(3);
+  const DoubleGenMat a = roughMatrix(2, 3, random);
+  const DoubleGenMat b = roughMatrix(4, 2, random);
+  const DoubleGenMat k = kronecker(a, b);
+  ASSERT_EQ(k.rows(), 8u);
+  ASSERT_EQ(k.cols(), 6u);
+  for (int i = 0; i < 8; ++i) {
+    for (int j = 0; j < 6; ++j) EXPECT_EQ(k(i, j), b(i % 4, j % 2) * a(i / 4, j / 2));
+  }
+  EXPECT_EQ(kronecker(a, DoubleGenMat(4, 0)).rows(), 8u);
+}
+
+}  // namespace
