@@ -23,3 +23,5 @@ class IntGenMatPick;
 class TtupleVector;
 class TtupleMatrix;
 class TnumberSequence;
+
+class TagRw;

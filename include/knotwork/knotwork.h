@@ -7,6 +7,8 @@
 #include "knotwork/geometry/tuple_vector.h"
 #include "knotwork/geometry/vert_data_index_table.h"
 #include "knotwork/geometry/vert_index_table.h"
+#include "knotwork/kernel/ag_rw.h"
+#include "knotwork/kernel/surface_direction.h"
 #include "knotwork/matrix/double_gen_mat.h"
 #include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/vector/double_vec.h"
