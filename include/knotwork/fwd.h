@@ -17,8 +17,17 @@ class IntGenMat;
 class DoubleLowerTriMat;
 class DoubleUpperTriMat;
 class DoubleSymMat;
+class RODoubleRef;
 class DoubleGenMatPick;
 class IntGenMatPick;
+
+class DoubleGenFact;
+class DoubleQRDecomp;
+class DoubleSVDecomp;
+class DoubleChDecomp;
+class DoubleLeastSqQR;
+class DoubleLeastSqCh;
+class DoubleLeastSqInc;
 
 class TtupleVector;
 class TtupleMatrix;

@@ -2,6 +2,9 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/decomp/double_least_sq_qr.h"
+#include "knotwork/decomp/double_qr_decomp.h"
+#include "knotwork/decomp/double_sv_decomp.h"
 #include "knotwork/geometry/number_sequence.h"
 #include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/geometry/tuple_vector.h"
@@ -10,7 +13,13 @@
 #include "knotwork/kernel/ag_rw.h"
 #include "knotwork/kernel/surface_direction.h"
 #include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/matrix/double_gen_mat_pick.h"
+#include "knotwork/matrix/double_lower_tri_mat.h"
+#include "knotwork/matrix/double_sym_mat.h"
+#include "knotwork/matrix/double_upper_tri_mat.h"
 #include "knotwork/matrix/int_gen_mat.h"
+#include "knotwork/matrix/int_gen_mat_pick.h"
+#include "knotwork/matrix/ro_double_ref.h"
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "knotwork/vector/int_vec.h"

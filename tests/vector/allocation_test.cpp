@@ -14,15 +14,9 @@
 
 namespace {
 
+using knotwork::test::canObserveAllocation;
 using knotwork::test::FailingNew;
 using knotwork::test::newCalls;
-
-// Where the library carries its own copy of operator new, the tests cannot count or refuse.
-bool canObserveAllocation() {
-  const long before = newCalls();
-  const DoubleVec v(10);
-  return newCalls() > before;
-}
 
 template <class Vec>
 class VectorStorage : public testing::Test {

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+// QR decomposition by Householder reflections, with column pivoting.
+#pragma once
+
+#include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/vector/int_vec.h"
+
+namespace knotwork::linpack {
+enum class QrslJob : int;
+}
+
+/// A P = Q R for a rows x cols matrix A: Q orthogonal, R upper triangular (trapezoidal where
+/// rows < cols), P a permutation of the columns, or the identity with pivoting off.
+///
+/// Copy construction shares factors, pivots and auxiliary vector; assignment copies each into the
+/// existing elements and reports where dimensions or lengths differ (0x4004, 0x300F). When memory
+/// for a factorisation cannot be had, 0x3008 is reported and the decomposition is 0 x 0.
+///
+/// Source: LINPACK Users' Guide (1979), ch. 9: DQRDC and DQRSL.
+class KNOTWORK_API DoubleQRDecomp {
+ public:
+  /// 0 x 0, pivoting on.
+  DoubleQRDecomp();
+  /// Pivoting on, then `factor(A)`.
+  explicit DoubleQRDecomp(const DoubleGenMat& A);
+
+  /// Factors a copy of A.
+  ///
+  /// Pivots are carried over: where the object has factored a matrix of as many columns before, the
+  /// pivots that it found, read as signs, now bind the columns. Those with a positive entry come
+  /// first in their order, those with the entry 0 are free and follow, negative ones come last. So
+  /// a second factorisation with pivoting keeps the order of the columns, save that the one whose
+  /// entry was 0 goes behind the others. A fresh object pivots freely.
+  void factor(const DoubleGenMat& A);
+  /// Factors the matrix that stands in place of the factors, in storage of its own.
+  ///
+  /// With pivoting the pivot vector is resized to cols (entries kept, new ones 0). The entries drop
+  /// by 1 in the end, from the kernel's numbering to ours; with pivoting off, what the vector still
+  /// holds drops by 1 too, at every factorisation.
+  void dofactor();
+  /// Switches pivoting for the factorisations to come. @return the flag before.
+  int doPivoting(int on);
+
+  /// @return number of rows of the factored matrix.
+  unsigned rows() const { return factors_.rows(); }
+  /// @return number of columns of the factored matrix.
+  unsigned cols() const { return factors_.cols(); }
+  /// @return R in and above the diagonal, the Householder vectors, all but their first elements,
+  /// below it; a copy of it is a view.
+  const DoubleGenMat& factors() const { return factors_; }
+  /// @return view on the pivots: entry i is the column of A, from 0, that is column i of A P.
+  IntVec pivots() const { return pivots_; }
+  /// @return min(rows, cols) less the number of diagonal elements of R that are exactly 0: a
+  /// tolerance is not applied, and a NaN is not 0.
+  unsigned rank() const;
+  /// @return whether `rank()` is neither rows nor cols.
+  bool isSingular() const { return rank() != rows() && rank() != cols(); }
+
+  /// In the next five, `k` columns of A P take part; below 0, above rows or above cols it means
+  /// min(rows, cols). With k = 0 nothing is computed: no coefficients, y itself, a fit of zeros.
+  ///
+  /// Least-squares coefficients, min ||A P(:, 0..k-1) x - b||.
+  ///
+  /// @param b  right-hand side, length rows, any stride. Elements that are missing where a wrong
+  ///           length is survived count as 0.
+  /// @return   new vector of length k, in the order of A P.
+  /// Reports   0x5002 if b's length is not rows; 0x5011 if R has an exact zero among its first k
+  ///           diagonal elements, and returns what was found below the last of them.
+  DoubleVec partialSolve(const DoubleVec& b, int k) const;
+  /// @return new vector of length rows: the product of the first k reflections, Q, times y. Reports
+  /// 0x5002 if y's length is not rows.
+  DoubleVec computeQy(const DoubleVec& y, int k) const;
+  /// @return new vector Q'y of length rows. Reports as `computeQy`.
+  DoubleVec computeQTy(const DoubleVec& y, int k) const;
+  /// @return new vector of length rows: y less its fit, built from the rear part of Q'y and not as
+  /// a difference. Reports as `computeQy`.
+  DoubleVec computeResidualVec(const DoubleVec& y, int k) const;
+  /// @return new vector of length rows: the fit A P(:, 0..k-1) x. Reports as `computeQy`.
+  DoubleVec computeXb(const DoubleVec& y, int k) const;
+
+  /// Least-squares solution of A x = b; with rows < cols the basic one, with 0 for the columns of
+  /// A P behind the rows-th.
+  ///
+  /// @return new vector of length cols, in the column order of A. Reports as `partialSolve`.
+  DoubleVec solve(const DoubleVec& b) const;
+
+  /// @return new vector w with w[i] = v[pivots()[i]]; with pivoting off, a view on v. Reports
+  /// 0x5004 if v is not as long as the pivots; where there is no such element, w[i] is 0.
+  DoubleVec permute(const DoubleVec& v) const;
+  /// @return new vector w with w[pivots()[i]] = v[i], the inverse of `permute`. Reports alike.
+  DoubleVec unpermute(const DoubleVec& v) const;
+
+ protected:
+  DoubleGenMat factors_;
+  IntVec pivots_;
+  int pivoting_ = 1;
+  DoubleVec qraux_;  // first elements of the Householder vectors, length cols
+
+ private:
+  DoubleVec apply(const DoubleVec& y, int k, knotwork::linpack::QrslJob job) const;
+};
