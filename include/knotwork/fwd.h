@@ -41,3 +41,5 @@ class AP_SPLINE;
 class AP_SURFACE;
 struct AP_CNODE;
 struct AP_SNODE;
+
+class TagRw;
