@@ -2,6 +2,10 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/decomp/double_ch_decomp.h"
+#include "knotwork/decomp/double_gen_fact.h"
+#include "knotwork/decomp/double_least_sq_ch.h"
+#include "knotwork/decomp/double_least_sq_inc.h"
 #include "knotwork/decomp/double_least_sq_qr.h"
 #include "knotwork/decomp/double_qr_decomp.h"
 #include "knotwork/decomp/double_sv_decomp.h"
