@@ -79,6 +79,34 @@ bool isAnyUsed(const IntVec& indices, const IntVec& used) {
   return false;
 }
 
+// Sets the system in the first direction without the fixed unknowns. Only cleaning leaves them out,
+// and not where the tolerance does not allow it: then the matrix of the free columns is handed
+// over instead.
+int setFreeColumns(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& fixedRows,
+                   const IntVec& freeRows, bool& isReduced) {
+  if (fixedRows.length() == 0) return solver.setMatrix(u, 0, false, false, false);
+  const int code = solver.setMatrix(u, fixedRows, 0, false, true, false);
+  isReduced = isAnyUsed(fixedRows, solver.usedColIndex());
+  if (!isReduced) return code;
+  return solver.setMatrix(pickColumns(u, freeRows), 0, false, false, false);
+}
+
+// The free unknowns of one column of the result.
+int solveColumn(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& mask,
+                const DoubleVec& data, DoubleVec& x) {
+  const IntVec fixedRows = mask.valueIndex(1);
+  const IntVec freeRows = mask.nonValueIndex(1);
+  if (freeRows.length() == 0 && fixedRows.length() > 0) return kSolved;
+  bool isReduced = false;
+  int code = setFreeColumns(solver, u, fixedRows, freeRows, isReduced);
+  if (code != kSolved) return code;
+  if (!isReduced) return solver.solve(data, &x, false);
+  DoubleVec freeUnknowns(freeRows.length(), 0.0);
+  code = solver.solve(data, &freeUnknowns, false);
+  if (code == kSolved) x.vecPick(freeRows) = freeUnknowns;
+  return code;
+}
+
 }  // namespace
 
 TsolveTensorProductLsq::TsolveTensorProductLsq(TsolveConstrainedLsq& u, TsolveConstrainedLsq& v)
@@ -97,10 +125,6 @@ int TsolveTensorProductLsq::setMatrix(const DoubleGenMat& u, const DoubleGenMat&
   const int code = u_->setMatrix(u, constraintRowsU, normaliseU, cleanZerosU, findCutoffU);
   if (code != kSolved) return code;
   return v_->setMatrix(v, constraintRowsV, normaliseV, cleanZerosV, findCutoffV);
-}
-
-int TsolveTensorProductLsq::setPlain(const DoubleGenMat& u, const DoubleGenMat& v) {
-  return setMatrix(u, v, 0, 0, false, false, false, false, false, false);
 }
 
 int TsolveTensorProductLsq::solve(const DoubleGenMat& b, DoubleGenMat* x) const {
@@ -131,60 +155,25 @@ int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat
   if (x == nullptr || !haveSameShape(fixed, *x)) return kBadArgument;
   if (!areShapesRight(u, v, b.rows(), b.cols(), x->rows(), x->cols())) return kBadArgument;
   DoubleGenMat solved(x->rows(), x->cols(), 0.0);
-  int code = kSolved;
   if (fixed.dataVec().countValue(1) == 0) {
-    code = setPlain(u, v);
+    int code = setMatrix(u, v, 0, 0, false, false, false, false, false, false);
     if (code == kSolved) code = solve(b, &solved);
-  } else {
-    DoubleGenMat prescribed(x->rows(), x->cols(), 0.0);
-    setWhere(fixed, true, prescribed, [x](int i, int j) { return x->val(i, j); });
-    code = solveFree(u, v, fixed, b - transProduct(product(u, prescribed), v), solved);
+    if (code == kSolved) *x = solved;
+    return code;
+  }
+  DoubleGenMat prescribed(x->rows(), x->cols(), 0.0);
+  setWhere(fixed, true, prescribed, [x](int i, int j) { return x->val(i, j); });
+  const DoubleGenMat remainder = b - transProduct(product(u, prescribed), v);
+  DoubleGenMat between(b.rows(), x->cols(), 0.0);
+  int code = v_->setMatrix(v, 0, false, false, false);
+  if (code == kSolved) code = solveRows(*v_, remainder, between);
+  for (int j = 0; j < static_cast<int>(x->cols()) && code == kSolved; ++j) {
+    DoubleVec unknowns = solved.col(j);
+    code = solveColumn(*u_, u, fixed.col(j), between.col(j), unknowns);
   }
   if (code != kSolved) return code;
   setWhere(fixed, false, *x, [&solved](int i, int j) { return solved.val(i, j); });
   return kSolved;
-}
-
-// The free unknowns for what the prescribed ones leave of the data.
-int TsolveTensorProductLsq::solveFree(const DoubleGenMat& u, const DoubleGenMat& v,
-                                      const IntGenMat& fixed, const DoubleGenMat& b,
-                                      DoubleGenMat& x) {
-  int code = v_->setMatrix(v, 0, false, false, false);
-  if (code != kSolved) return code;
-  DoubleGenMat between(b.rows(), x.cols(), 0.0);
-  code = solveRows(*v_, b, between);
-  for (int j = 0; j < static_cast<int>(x.cols()) && code == kSolved; ++j) {
-    DoubleVec unknowns = x.col(j);
-    code = solveColumn(u, fixed.col(j), between.col(j), unknowns);
-  }
-  return code;
-}
-
-int TsolveTensorProductLsq::solveColumn(const DoubleGenMat& u, const IntVec& mask,
-                                        const DoubleVec& data, DoubleVec& x) {
-  const IntVec fixedRows = mask.valueIndex(1);
-  const IntVec freeRows = mask.nonValueIndex(1);
-  if (freeRows.length() == 0 && fixedRows.length() > 0) return kSolved;
-  bool isReduced = false;
-  const int code = setFreeColumns(u, fixedRows, freeRows, isReduced);
-  if (code != kSolved) return code;
-  if (!isReduced) return u_->solve(data, &x, false);
-  DoubleVec freeUnknowns(freeRows.length(), 0.0);
-  const int solved = u_->solve(data, &freeUnknowns, false);
-  if (solved == kSolved) x.vecPick(freeRows) = freeUnknowns;
-  return solved;
-}
-
-// Sets the system in the first direction without the fixed unknowns. Only cleaning leaves them out,
-// and not where the tolerance does not allow it: then the matrix of the free columns is handed
-// over instead.
-int TsolveTensorProductLsq::setFreeColumns(const DoubleGenMat& u, const IntVec& fixedRows,
-                                           const IntVec& freeRows, bool& isReduced) {
-  if (fixedRows.length() == 0) return u_->setMatrix(u, 0, false, false, false);
-  const int code = u_->setMatrix(u, fixedRows, 0, false, true, false);
-  isReduced = isAnyUsed(fixedRows, u_->usedColIndex());
-  if (!isReduced) return code;
-  return u_->setMatrix(pickColumns(u, freeRows), 0, false, false, false);
 }
 
 int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat& v,

@@ -65,13 +65,6 @@ class KNOTWORK_API TsolveTensorProductLsq {
                  const TtupleMatrix& b, TtupleMatrix* x);
 
  private:
-  int setPlain(const DoubleGenMat& u, const DoubleGenMat& v);
-  int solveFree(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
-                const DoubleGenMat& b, DoubleGenMat& x);
-  int solveColumn(const DoubleGenMat& u, const IntVec& mask, const DoubleVec& data, DoubleVec& x);
-  int setFreeColumns(const DoubleGenMat& u, const IntVec& fixedRows, const IntVec& freeRows,
-                     bool& isReduced);
-
   TsolveConstrainedLsq* u_;
   TsolveConstrainedLsq* v_;
 };
