@@ -37,7 +37,9 @@ function(knotwork_add_library name)
     # knotwork.dll and its import library libknotwork.dll.a
     set_target_properties(${name} PROPERTIES PREFIX "" IMPORT_PREFIX "lib")
   else()
-    target_link_options(${name} PRIVATE -Wl,--no-undefined
+    # Calls within the library are direct and may be inlined, exported or not.
+    target_compile_options(${name} PRIVATE -fno-semantic-interposition)
+    target_link_options(${name} PRIVATE -Wl,--no-undefined -Wl,-Bsymbolic-functions
       -Wl,--version-script=${PROJECT_SOURCE_DIR}/src/exports.map)
     set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/exports.map)
   endif()

@@ -17,6 +17,7 @@ class IntGenMat;
 class DoubleLowerTriMat;
 class DoubleUpperTriMat;
 class DoubleSymMat;
+class RODoubleRef;
 class DoubleGenMatPick;
 class IntGenMatPick;
 
@@ -31,3 +32,14 @@ class DoubleLeastSqInc;
 class TtupleVector;
 class TtupleMatrix;
 class TnumberSequence;
+class TvertIndexTable;
+class TvertDataIndexTable;
+
+class AP_GEOMETRIC;
+class AP_MMBOX;
+class AP_SPLINE;
+class AP_SURFACE;
+struct AP_CNODE;
+struct AP_SNODE;
+
+class TagRw;

@@ -3,8 +3,8 @@
 #include "geometry/flat_points.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
-#include <limits>
 
 #include "knotwork/platform/foundation/4d_dbl_point.h"
 #include "vector/shared_block.h"
@@ -12,8 +12,7 @@
 namespace knotwork::detail {
 
 unsigned elementCount(std::initializer_list<int> factors) {
-  constexpr std::uint64_t kMost =
-      std::min<std::uint64_t>(std::numeric_limits<unsigned>::max(), SIZE_MAX / sizeof(double));
+  constexpr std::uint64_t kMost = std::min<std::uint64_t>(UINT_MAX, SIZE_MAX / sizeof(double));
   std::uint64_t count = 1;
   for (const std::int64_t factor : factors) {
     count = std::min(count * static_cast<std::uint64_t>(factor < 0 ? -factor : factor), kMost + 1);
@@ -24,24 +23,24 @@ unsigned elementCount(std::initializer_list<int> factors) {
 }
 
 int clampToInt(long long value) {
-  using Int = std::numeric_limits<int>;
-  return static_cast<int>(std::clamp<long long>(value, Int::min(), Int::max()));
+  return static_cast<int>(std::clamp<long long>(value, INT_MIN, INT_MAX));
 }
 
-DoubleVec checkedSlice(const DoubleVec& flat, long long first, unsigned n, long long stride) {
+DoubleVec checkedSlice(const DoubleVec& flat, long long first, long long n, long long stride) {
+  const auto count = static_cast<unsigned>(std::min<long long>(n, UINT_MAX));
   const int from = clampToInt(first);
   const int step = clampToInt(stride);
   const auto inside = [&flat](long long i) { return i >= 0 && i < flat.length(); };
-  if (n == 0) return flat.slice(0, 0, 1);
-  if (inside(from) && inside(from + (static_cast<long long>(n) - 1) * step)) {
-    return flat.slice(from, n, step);
+  if (count == 0) return flat.slice(0, 0, 1);
+  if (inside(from) && inside(from + (static_cast<long long>(count) - 1) * step)) {
+    return flat.slice(from, count, step);
   }
-  flat.sliceCheck(from, n, step);
+  flat.sliceCheck(from, count, step);
   return DoubleVec();
 }
 
 void transformPoint(DoubleVec& flat, long long first, int dim, const T4dDblMatrix& matrix) {
-  if (checkedSlice(flat, first, static_cast<unsigned>(dim)).length() == 0) return;
+  if (checkedSlice(flat, first, dim).length() == 0) return;
   const int x = static_cast<int>(first);
   const int stored = static_cast<int>(std::min<long long>(dim > 3 ? 4 : 3, flat.length() - first));
   T4dDblPoint p;

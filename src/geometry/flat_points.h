@@ -18,7 +18,7 @@ int clampToInt(long long value);
 
 // View on elements first, first + stride, ..., n of them; empty, after a report of 0x300C, unless
 // all of them lie in `flat`.
-DoubleVec checkedSlice(const DoubleVec& flat, long long first, unsigned n, long long stride = 1);
+DoubleVec checkedSlice(const DoubleVec& flat, long long first, long long n, long long stride = 1);
 
 // Transforms the point at elements first, ..., first + dim - 1 in place: (x, y, z, w) as a row
 // times the matrix, with w = 1 below dimension 4. Below dimension 3 the missing components are the

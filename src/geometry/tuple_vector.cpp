@@ -70,8 +70,7 @@ bool TtupleVector::correctRange(int start, int count) const {
 void TtupleVector::boundsCheck(int) const {}
 
 DoubleVec TtupleVector::pointView(int i) const {
-  return detail::checkedSlice(*this, static_cast<long long>(i) * dimension_,
-                              static_cast<unsigned>(dimension_));
+  return detail::checkedSlice(*this, static_cast<long long>(i) * dimension_, dimension_);
 }
 
 DoubleVec TtupleVector::realPoint(int i) { return pointView(i); }
@@ -121,8 +120,9 @@ TtupleVector TtupleVector::components(const IntVec& which) const {
 TtupleVector TtupleVector::lPoints(int start, int count) {
   const int dim = std::max(dimension_, 1);
   if (count < 1 || !correctRange(start, count)) return TtupleVector(dim, 0, 0.0);
-  const unsigned n = static_cast<unsigned>(count) * static_cast<unsigned>(dim);
-  return TtupleVector(detail::checkedSlice(*this, static_cast<long long>(start) * dim, n), dim);
+  const long long first = static_cast<long long>(start) * dim;
+  const long long n = static_cast<long long>(count) * dim;
+  return TtupleVector(detail::checkedSlice(*this, first, n), dim);
 }
 
 TtupleVector TtupleVector::lPoints(int start, int count) const { return rPoints(start, count); }

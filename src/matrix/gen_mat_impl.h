@@ -228,7 +228,7 @@ void GenMatBase<Mat, Vec, T>::printOn(std::ostream& out) const {
 template <class Mat, class Vec, class T>
 void GenMatBase<Mat, Vec, T>::scanFrom(std::istream& in) {
   const ScannedMatrix<Vec> text(in);
-  if (!text.isComplete(Mat::className)) return;
+  if (!text.good() || !text.isComplete(Mat::className)) return;
   resize(text.rows(), text.cols());
   if (!sameShape(*this, text)) return;
   text.forEach([this](int i, int j, T x) { set(i, j, x); });

@@ -50,9 +50,11 @@ class ScannedMatrix {
   unsigned rows() const { return rows_; }
   unsigned cols() const { return cols_; }
 
-  // False if the stream failed; false, with a report, if there is not one value for every element.
+  // Whether the stream held all of it.
+  bool good() const { return good_; }
+
+  // Reports 0x4017 unless there is one value for every element.
   bool isComplete(const char* className) const {
-    if (!good_) return false;
     if (elements_.length() == static_cast<unsigned long long>(rows_) * cols_) return true;
     raiseMathErrorCode(kWrongElementCount, elements_.length(), className, rows_, cols_);
     return false;

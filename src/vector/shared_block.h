@@ -6,9 +6,6 @@
 
 namespace knotwork::detail {
 
-// Reports 0x3008 as a block does that cannot get its storage.
-void reportOutOfMemory();
-
 // A block for `count` elements, held by its one view. Never null: where not even the block object
 // can be had, that is reported as 0x3008 and a process-wide block without storage is shared
 // instead.

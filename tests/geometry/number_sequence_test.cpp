@@ -104,7 +104,7 @@ TEST(NumberSequence, FollowsTheModelThroughRandomEdits) {
     ASSERT_EQ(valuesOf(seq), model) << step;
     ASSERT_EQ(valuesOf(before), old) << "a copy changed with its source";
     Values distinct = model, runs;
-    distinct.erase(std::ranges::unique(distinct).begin(), distinct.end());
+    distinct.erase(std::unique(distinct.begin(), distinct.end()), distinct.end());
     for (const double value : distinct)
       runs.push_back(static_cast<double>(std::ranges::count(model, value)));
     ASSERT_EQ(valuesOf(seq.breakpoints()), distinct);
@@ -121,7 +121,7 @@ TEST(NumberSequence, SortsStably) {
   IntVec ints(sorted);
   TnumberSequence::sortDoubleVecInPlace(sorted);
   TnumberSequence::sortIntVecInPlace(ints);
-  std::ranges::stable_sort(values);
+  std::stable_sort(values.begin(), values.end());
   EXPECT_EQ(valuesOf(ints), values);
   for (int i = 0; i < 60; ++i) {
     EXPECT_EQ(1.0 / sorted(i), 1.0 / values[static_cast<unsigned>(i)]);

@@ -8,7 +8,7 @@
 #include <random>
 #include <sstream>
 
-#include "knotwork/platform/foundation/xform_matrix.h"
+#include "geometry/transforms.h"
 #include "support/recorded_errors.h"
 #include "support/values.h"
 
@@ -36,11 +36,6 @@ std::vector<int> rangeOf(int first, int count) {
   for (int k = 0; k < count; ++k) range.push_back(first + k);
   return range;
 }
-
-struct Transform : TxformMatrix {
-  T4dDblMatrix m;
-  const T4dDblMatrix& matrix() const override { return m; }
-};
 
 }  // namespace
 
@@ -215,13 +210,9 @@ TEST(TupleVector, ReportsPointsOutsideAndWritesNothingThere) {
 }
 
 TEST(TupleVector, TransformsHomogeneously) {
-  Transform shift;
-  for (int j = 0; j < 3; ++j) shift.m(3, j) = 10.0 * (j + 1);
-  shift.m(0, 1) = 0.5;
-  shift.m(3, 3) = 4.0;
-  const auto transformed = [&](int dim, Values flat) {
+  const auto transformed = [](int dim, Values flat) {
     TtupleVector tv(dim, static_cast<int>(flat.size()) / dim, flat.data());
-    tv.applyTransformation(shift);
+    tv.applyTransformation(ShearAndShift());
     return valuesOf(tv);
   };
   EXPECT_EQ(transformed(3, {2, 2, 3, 0, 0, 1}), (Values{12, 23, 33, 10, 20, 31}));

@@ -32,7 +32,8 @@ TEST(String, CopiesKeepTheirTextWhenTheOriginalChanges) {
   text += Tstring().setDouble(50);
   EXPECT_STREQ((text += " completed.").asChar(), "Constraint solving ... 50 completed.");
   EXPECT_STREQ(copy.asChar(), "Constraint solving ... ");
-  text = text;
+  const Tstring& itself = text;
+  text = itself;
   EXPECT_EQ(text.length(), 36U);
   EXPECT_TRUE(Tstring(nullptr) == Tstring("") && !(text == copy));
 }

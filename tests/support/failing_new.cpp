@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "knotwork/vector/double_vec.h"
+
 namespace {
 
 long calls = 0;
@@ -30,6 +32,12 @@ namespace knotwork::test {
 FailingNew::FailingNew(long count) { allowed = count; }
 FailingNew::~FailingNew() { allowed = -1; }
 long newCalls() { return calls; }
+
+bool canObserveAllocation() {
+  const long before = newCalls();
+  const DoubleVec v(10);
+  return newCalls() > before;
+}
 
 }  // namespace knotwork::test
 

@@ -40,7 +40,8 @@ class RecordedErrors {
     for (const RecordedError& error : take()) {
       char code[8];
       std::snprintf(code, sizeof code, "%04x ", error.code);
-      all += (all.empty() ? "" : "\n") + (code + error.text);
+      if (!all.empty()) all += '\n';
+      all.append(code).append(error.text);
     }
     return all;
   }

@@ -12,9 +12,9 @@ constexpr unsigned kMostBuckets = 1U << 31;
 
 unsigned powerOfTwo(unsigned n) { return std::bit_ceil(std::clamp(n, 1U, kMostBuckets)); }
 
-std::size_t arrayBytes(unsigned buckets) {
-  const std::size_t most = static_cast<std::size_t>(-1) / sizeof(ThashTableEntry*);
-  return buckets > most ? static_cast<std::size_t>(-1) : buckets * sizeof(ThashTableEntry*);
+std::size_t arrayBytes(std::size_t buckets) {
+  constexpr std::size_t kAll = static_cast<std::size_t>(-1);
+  return buckets > kAll / sizeof(ThashTableEntry*) ? kAll : buckets * sizeof(ThashTableEntry*);
 }
 
 ThashTableEntry** emptyBuckets(unsigned count) {

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// What matrices do when the n-th allocation fails, for every n.
+#include <gtest/gtest.h>
+
+#include "knotwork/knotwork.h"
+#include "support/failing_new.h"
+
+namespace {
+
+int reports = 0;
+
+void countReport(MathErrorRecord, va_list) { ++reports; }
+
+// Every element that the matrix claims to have can be read.
+template <class Mat>
+double sumOf(const Mat& m) {
+  double total = 0.0;
+  for (int i = 0; i < static_cast<int>(m.rows()); ++i) {
+    for (int j = 0; j < static_cast<int>(m.cols()); ++j) total += m.val(i, j);
+  }
+  return total;
+}
+
+double useEverything(const DoubleVec& v, const IntVec& list) {
+  DoubleGenMat a(3, 4, 1.0);
+  DoubleGenMat b(v, 5, 4);  // too few elements
+  DoubleGenMat c = a + b;
+  a.resize(5, 4);
+  b.resize(5, 6);
+  c = a(list, list);
+  const DoubleGenMat picked(a(list, list));
+  DoubleLowerTriMat lower(a);
+  const DoubleSymMat symmetric(v, 4, 4);
+  lower.resize(6, 6);
+  DoubleVec sums = product(a, v);
+  sums = product(v, symmetric) + product(lower, sums);
+  return sumOf(product(a, b)) + sumOf(transposeProduct(a, c)) + sumOf(kronecker(b, c)) +
+         sumOf(transpose(b)) + sumOf(picked) + sumOf(DoubleGenMat(symmetric)) + sumOf(lower) +
+         sumOf(-symmetric / 2.0) + sumOf(IntGenMat(2, 2, 1) + 1) + sumOf(a.copy()) + sum(sums);
+}
+
+TEST(MatrixStorage, FailureOfAnyAllocationIsReportedAndHarmsNothing) {
+  const DoubleVec v(9, 1.0);
+  const IntVec list(2, 0, 1);
+  const MathErrorHandler before = setMathErrorHandler(countReport);
+  useEverything(v, list);
+  const int reportsWithMemory = reports;
+  for (long allowed = 0, refused = 1; refused > 0; ++allowed) {
+    ASSERT_LT(allowed, 1000);
+    reports = 0;
+    const long callsBefore = knotwork::test::newCalls();
+    {
+      const knotwork::test::FailingNew limit(allowed);
+      useEverything(v, list);
+    }
+    refused = knotwork::test::newCalls() - callsBefore > allowed ? 1 : 0;
+    EXPECT_TRUE(refused > 0 ? reports > 0 : reports == reportsWithMemory) << allowed;
+  }
+  setMathErrorHandler(before);
+}
+
+}  // namespace

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+// Reductions, searches, functions and conversions of the three vectors; element-wise arithmetic is
+// in view_model_test.cpp.
+#include <climits>
+#include <limits>
+
+#include "support/recorded_errors.h"
+#include "vector/vector_oracle.h"
+
+namespace {
+
+template <class Vec>
+class VectorArithmetic : public testing::Test {};
+TYPED_TEST_SUITE(VectorArithmetic, AllVectors);
+
+TYPED_TEST(VectorArithmetic, ReductionsAndSearchesAgreeWithPlainLoops) {
+  using T = typename TypeParam::value_type;
+  using Rules = Oracle<T>;
+  Random random(5);
+  for (int n = 0; n < 40; ++n) {
+    std::vector<T> x, sums, steps;
+    for (int i = 0; i < n; ++i) x.push_back(static_cast<T>(numberIn(random, -9, 9)));
+    T total{}, product{1}, inner{}, before{};
+    std::vector<int> twos, others, less;
+    for (const T xi : x) {
+      sums.push_back(total = Rules::add(total, xi));
+      steps.push_back(Rules::subtract(xi, before));
+      before = xi;
+      product = Rules::multiply(product, xi);
+      inner = Rules::add(inner, Rules::multiply(xi, xi));
+      const int i = static_cast<int>(sums.size()) - 1;
+      (xi == 2 ? twos : others).push_back(i);
+      if (xi < 2) less.push_back(i);
+    }
+    const TypeParam block = vectorOf<TypeParam>({x.rbegin(), x.rend()}), v = reverse(block);
+    EXPECT_EQ(sum(v), total);
+    EXPECT_EQ(prod(v), product);
+    EXPECT_EQ(dot(v, v), inner);
+    EXPECT_TRUE(holds(cumsum(v), sums));
+    EXPECT_TRUE(holds(delta(v), steps));
+    if (n > 0) {
+      const auto most = std::max_element(x.begin(), x.end());
+      const auto least = std::min_element(x.begin(), x.end());
+      EXPECT_EQ(maxIndex(v), most - x.begin());
+      EXPECT_EQ(minIndex(v), least - x.begin());
+      EXPECT_EQ(maxValue(v), *most);
+      EXPECT_EQ(minValue(v), *least);
+    }
+    EXPECT_TRUE(holds(v.lessIndex(2), less));
+    if constexpr (std::is_same_v<TypeParam, DoubleVec>) {
+      EXPECT_TRUE(holds(v.valueIndex(2, 0.5), twos));
+      EXPECT_TRUE(holds(v.nonValueIndex(2, 0.5), others));
+      EXPECT_EQ(v.countValue(2, 0), static_cast<int>(twos.size()));
+      EXPECT_EQ(v.isEqual(2, 0), others.empty());
+    } else {
+      EXPECT_TRUE(holds(v.valueIndex(2), twos));
+      EXPECT_TRUE(holds(v.nonValueIndex(2), others));
+      EXPECT_EQ(v.countValue(2), static_cast<int>(twos.size()));
+      EXPECT_EQ(v.isEqual(2), others.empty());
+    }
+    TypeParam other = v.copy();
+    EXPECT_TRUE(v == other && !(v != other));
+    if (n > 0) other(n - 1) = 11;
+    EXPECT_EQ(v != other, n > 0);
+    EXPECT_NE(v, TypeParam(static_cast<unsigned>(n) + 1, 0));
+  }
+}
+
+TYPED_TEST(VectorArithmetic, EmptyAndMismatchedOperandsReportAndGoOn) {
+  const std::string name = TypeParam::className;
+  const TypeParam empty, two(2, 5), three(3, 2);
+  RecordedErrors errors;
+  EXPECT_EQ(maxIndex(empty), -1);
+  EXPECT_EQ(minIndex(empty), -1);
+  EXPECT_EQ(maxValue(empty), 0);
+  EXPECT_EQ(minValue(empty), 0);
+  const std::string emptyText = "Index: vector is empty\n", start = "[ZEROVEC: " + name + "]: ";
+  EXPECT_EQ(errors.takeTexts(), start + "max" + emptyText + start + "min" + emptyText + start +
+                                    "max" + emptyText + start + "min" + emptyText);
+  EXPECT_TRUE(holds(two * three, {10, 10, 0}));
+  EXPECT_TRUE(holds(three - two, {-3, -3}));
+  EXPECT_EQ(dot(three, two), 20);
+  EXPECT_EQ(errors.takeTexts(), "[VNMATCH: " + name +
+                                    "]: Vector lengths do not match (2 vs 3)\n[VNMATCH: " + name +
+                                    "]: Vector lengths do not match (3 vs 2)\n[VNMATCH: " + name +
+                                    "]: Vector lengths do not match (3 vs 2)\n");
+  EXPECT_NE(two, three);
+  EXPECT_TRUE(errors.all().empty());
+}
+
+// ---- What only one element type does
+// -------------------------------------------------------------
+
+TEST(IntegerVectors, WrapAndDivideTowardZero) {
+  EXPECT_TRUE(holds(SCharVec(3, 100, 20), {100, 120, -116}));
+  EXPECT_EQ(sum(SCharVec(2, 100)), -56);
+  EXPECT_EQ(dot(SCharVec(2, 100), SCharVec(2, 3)), 88);  // 600 in 8 bits
+  const int pair[] = {7, -7};
+  IntVec v(pair, 2);
+  v /= -2;
+  EXPECT_TRUE(holds(v, {-3, 3}));
+  EXPECT_TRUE(holds(abs(IntVec(1, INT_MIN)), {INT_MIN}));
+  EXPECT_EQ(prod(IntVec(31, 2)), INT_MIN);
+}
+
+TEST(IntegerVectors, ConvertExactlyOrByCuttingOff) {
+  EXPECT_TRUE(holds(DoubleVec(IntVec(3, 1, 2)), {1.0, 3.0, 5.0}));
+  EXPECT_TRUE(holds(IntVec(SCharVec(2, -128, 127)), {-128, -1}));
+  const double x[] = {1.9, -1.9, -2147483648.9, 2147483647.9, 2147483648.0, std::nan("")};
+  EXPECT_TRUE(holds(IntVec(DoubleVec(x, 6)), {1, -1, INT_MIN, INT_MAX, INT_MIN, INT_MIN}));
+  EXPECT_TRUE(holds(SCharVec(IntVec(4, 127, 86)), {127, -43, 43, -127}));
+}
+
+TEST(DoubleVectors, SearchesKnowNaNAndTolerance) {
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+  const double elements[] = {1e-9, kNan, -1e-9, 2e-9, -0.0, 5.0};
+  DoubleVec v(elements, 6);
+  EXPECT_TRUE(holds(v.zeroIndex(1e-9), {0, 2, 4}));
+  EXPECT_TRUE(holds(v.nonZeroIndex(1e-9), {3, 5}));
+  EXPECT_EQ(v.countZero(1e-9), 3);
+  EXPECT_EQ(v.isZero(10.0), 0);
+  EXPECT_EQ(v.slice(2, 4, 1).isZero(5.0), 1);
+  EXPECT_EQ(v.zeroIndex(1e-9).slice(0, 6, 1).stride(), 1);  // its block is as long as v
+  EXPECT_NE(v, v);
+  EXPECT_EQ(maxIndex(v), 5);
+  EXPECT_EQ(maxIndex(v.slice(1, 5, 1)), 0);  // a NaN in front stays
+  EXPECT_EQ(minIndex(v.slice(1, 5, 1)), 0);
+  v.clampZero(1e-9);
+  EXPECT_TRUE(holds(v, {0.0, kNan, 0.0, 2e-9, 0.0, 5.0}));
+}
+
+TEST(DoubleVectors, MeanAndVarianceArePopulationFigures) {
+  const DoubleVec v(4, 1.0, 1.0);
+  EXPECT_EQ(mean(v), 2.5);
+  EXPECT_EQ(variance(v), 1.25);
+  EXPECT_TRUE(std::isnan(mean(DoubleVec())));
+  RecordedErrors errors;
+  EXPECT_EQ(variance(DoubleVec(1, 3.0)), 0.0);
+  ASSERT_EQ(errors.all().size(), 1u);
+  EXPECT_EQ(errors.all()[0].code, 0x3009u);
+  EXPECT_EQ(errors.all()[0].origin, 0xF000u);
+  EXPECT_EQ(errors.takeTexts(), "[NPOINTS: DoubleVec]: Vector (1) Variance needs minimum of 2\n");
+}
+
+TEST(DoubleVectors, FunctionsAreTheCLibrarys) {
+  const struct {
+    DoubleVec (*ofVector)(const DoubleVec&);
+    double (*ofElement)(double);
+  } pairs[] = {
+      {abs, std::fabs},  {acos, std::acos},   {asin, std::asin}, {atan, std::atan},
+      {ceil, std::ceil}, {cos, std::cos},     {cosh, std::cosh}, {exp, std::exp},
+      {log, std::log},   {log10, std::log10}, {sin, std::sin},   {sinh, std::sinh},
+      {sqrt, std::sqrt}, {tan, std::tan},     {tanh, std::tanh}, {floorinline, std::floor}};
+  const double raw[] = {-1.5, -0.75, -0.0, 0.3, 1.0, 2.5, 700.0, 1e300};
+  const DoubleVec v = reverse(DoubleVec(raw, 8));
+  for (const auto& [ofVector, ofElement] : pairs) {
+    const DoubleVec result = ofVector(v);
+    ASSERT_EQ(result.length(), 8u);
+    for (int i = 0; i < 8; ++i) EXPECT_TRUE(sameBits(result(i), ofElement(v(i))));
+  }
+  const DoubleVec y(8, 2.0, -0.5), angles = atan2(y, v), powers = pow(v, y);
+  for (int i = 0; i < 8; ++i) {
+    EXPECT_TRUE(sameBits(angles(i), std::atan2(y(i), v(i))));
+    EXPECT_TRUE(sameBits(powers(i), std::pow(v(i), y(i))));
+  }
+  RecordedErrors errors;
+  EXPECT_TRUE(holds(pow(DoubleVec(1, 2.0), DoubleVec(2, 3.0)), {8.0, 0.0}));
+  EXPECT_EQ(errors.takeTexts(), "[VNMATCH: DoubleVec]: Vector lengths do not match (1 vs 2)\n");
+}
+
+}  // namespace

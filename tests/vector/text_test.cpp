@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+// Vectors as text: exact output, and what reading leaves in vector and stream.
+#include <iomanip>
+#include <sstream>
+#include <string>
+
+#include "vector/vector_oracle.h"
+
+namespace {
+
+template <class Vec>
+std::string textOf(const Vec& v) {
+  std::ostringstream out;
+  out << v;
+  return out.str();
+}
+
+template <class Vec>
+class VectorText : public testing::Test {};
+TYPED_TEST_SUITE(VectorText, AllVectors);
+
+TYPED_TEST(VectorText, BreaksLinesAfterTheSetNumberOfElements) {
+  const TypeParam seven(7, 1, 1), backwards = seven.slice(2, 3, -1);
+  EXPECT_EQ(textOf(TypeParam()), "[  ]");
+  EXPECT_EQ(textOf(TypeParam(1, -1)), "[ -1 ]");
+  EXPECT_EQ(textOf(backwards), "[ 3 2 1 ]");
+  EXPECT_EQ(textOf(seven.slice(0, 5, 1)), "[ 1 2 3 4 5 ]");
+  EXPECT_EQ(textOf(seven), "[\n1 2 3 4 5\n6 7\n]");
+  EXPECT_EQ(TypeParam::setFormatting(1), 5);
+  EXPECT_EQ(textOf(backwards), "[\n3\n2\n1\n]");
+  EXPECT_EQ(TypeParam::setFormatting(7), 1);
+  EXPECT_EQ(textOf(seven), "[ 1 2 3 4 5 6 7 ]");
+  for (const int bad : {0, -3}) {
+    TypeParam::setFormatting(bad);
+    EXPECT_EQ(textOf(bad < 0 ? TypeParam() : seven).front(), '[');
+    EXPECT_EQ(TypeParam::numberPerLine, 5);  // the print repairs it
+  }
+}
+
+TEST(DoubleText, IsWrittenWithTheStreamsOwnSettings) {
+  std::ostringstream out;
+  out << std::setprecision(3) << std::fixed << DoubleVec(2, 1.0 / 3) << ' ' << std::setw(4)
+      << DoubleVec(1, 2.0);
+  EXPECT_EQ(out.str(), "[ 0.333 0.333 ]   [ 2.000 ]");  // a width goes to the bracket
+  std::istringstream in(textOf(DoubleVec(1, 0.1)));
+  DoubleVec v;
+  in >> v;
+  EXPECT_TRUE(holds(v, {0.1}));
+}
+
+// Text, what a vector (7 7 7) holds after reading it, the state of the stream, what is left there.
+struct Reading {
+  const char* text;
+  std::vector<int> elements;
+  std::ios::iostate state;
+  const char* rest;
+};
+
+constexpr auto kGood = std::ios::goodbit, kFail = std::ios::failbit;
+constexpr auto kEnd = std::ios::eofbit | std::ios::failbit;
+
+TYPED_TEST(VectorText, ReadsBracketedAndBareFormsAndLeavesTheStreamAsTold) {
+  using T = typename TypeParam::value_type;
+  const Reading readings[] = {
+      {"[]x", {}, kGood, "x"},
+      {" \n[ ] 5", {}, kGood, " 5"},
+      {"[1 2 3]4", {1, 2, 3}, kGood, "4"},
+      {"[\n1 2\t-3\n4 ]", {1, 2, -3, 4}, kGood, ""},
+      {"[1 2", {1, 2}, kEnd, ""},
+      {"[1 2 ", {1, 2}, kEnd, ""},
+      {"[1 x 3]", {1}, kFail, "x 3]"},
+      {"[1 2,3]", {1, 2}, kFail, ",3]"},
+      {"[[1]]", {}, kFail, "[1]]"},
+      {"[", {}, kEnd, ""},
+      {"", {}, kEnd, ""},
+      {"  ", {}, kEnd, ""},
+      {"  1 2 3", {1, 2, 3}, kEnd, ""},
+      {"1 2]", {1, 2}, kFail, "]"},
+      {"x", {}, kFail, "x"},
+      {"[1 99999999999999999999999e999 2]", {1}, kFail, nullptr},
+  };
+  for (const Reading& reading : readings) {
+    SCOPED_TRACE(reading.text);
+    std::istringstream in(reading.text);
+    TypeParam v(3, 7);
+    EXPECT_EQ(&(in >> v), &in);
+    EXPECT_EQ(in.rdstate(), reading.state);
+    EXPECT_TRUE(holds(v, std::vector<T>(reading.elements.begin(), reading.elements.end())));
+    in.clear();
+    std::string rest(std::istreambuf_iterator<char>(in), {});
+    if (reading.rest != nullptr) {
+      EXPECT_EQ(rest, reading.rest);
+    }
+  }
+  std::istringstream failed("[1]");
+  failed.setstate(std::ios::failbit);
+  TypeParam v(3, 7);
+  failed >> v;
+  EXPECT_EQ(v.length(), 0u);
+}
+
+TYPED_TEST(VectorText, WritesIntoSharedElementsUntilTheyAreTooFew) {
+  TypeParam v(6, 0), every2nd = v.slice(0, 3, 2);
+  std::istringstream fits("[1 2 3]"), grows("[4 5 6 7]"), shrinks("8");
+  fits >> every2nd;
+  EXPECT_TRUE(holds(v, {1, 0, 2, 0, 3, 0}));
+  EXPECT_EQ(every2nd.stride(), 2);
+  grows >> every2nd;  // three go into v, the fourth into storage of its own
+  EXPECT_TRUE(holds(v, {4, 0, 5, 0, 6, 0}));
+  EXPECT_TRUE(holds(every2nd, {4, 5, 6, 7}));
+  TypeParam all(v);
+  shrinks >> all;
+  EXPECT_TRUE(holds(all, {8}));
+  EXPECT_EQ(v(0), 8);
+}
+
+// A source of "1 1 1 ..." that notes how long the vector is at every character.
+template <class Vec>
+class WatchingBuffer : public std::stringbuf {
+ public:
+  WatchingBuffer(const Vec& v, const std::string& text) : v_(v), text_(text) {}
+  std::vector<unsigned> lengths;
+
+ protected:
+  int_type underflow() override {
+    if (lengths.empty() || lengths.back() != v_.length()) lengths.push_back(v_.length());
+    if (next_ == text_.size()) return traits_type::eof();
+    current_ = text_[next_++];
+    setg(&current_, &current_, &current_ + 1);
+    return traits_type::to_int_type(current_);
+  }
+
+ private:
+  const Vec& v_;
+  const std::string text_;
+  std::size_t next_ = 0;
+  char current_ = 0;
+};
+
+TYPED_TEST(VectorText, GrowsBy128WhileReading) {
+  std::string ones;
+  for (int i = 0; i < 200; ++i) ones += "1 ";
+  TypeParam v;
+  WatchingBuffer<TypeParam> buffer(v, ones);
+  std::istream in(&buffer);
+  in >> v;
+  EXPECT_EQ(buffer.lengths, (std::vector<unsigned>{0, 128, 256}));
+  EXPECT_EQ(v, TypeParam(200, 1));
+}
+
+TEST(SCharText, KeepsTheLow8BitsOfWhatItReads) {
+  std::istringstream in("[ 255 300 -129 65 ]");
+  SCharVec v;
+  in >> v;
+  EXPECT_EQ(textOf(v), "[ -1 44 127 65 ]");
+}
+
+}  // namespace
