@@ -68,8 +68,9 @@ double useEverything(const DoubleGenMat& a) {
 
   DoubleLeastSqInc inc(a.cols(), 2);
   DoubleLeastSqInc copy = inc.copy();
-  for (int i = 0; i < static_cast<int>(a.rows()); ++i) {
-    DoubleVec row = a.row(i);
+  const DoubleGenMat whole = a.deepCopy();
+  for (int i = 0; i < static_cast<int>(whole.rows()); ++i) {
+    DoubleVec row = whole.row(i);
     inc.addEquation(row, DoubleVec(2, 1.0));
     total += copy.deleteEquation(row, 2.0) + copy.residualNorm(1);
   }
