@@ -106,6 +106,13 @@ TEST(NumberSequence, SortsStably) {
   EXPECT_EQ(valuesOf(1.0 / sorted), valuesOf(1.0 / vectorOf(values)));
 }
 
+TEST(NumberSequence, TiesStandBehindAndTheToleranceIsInclusive) {
+  TnumberSequence seq(vectorOf({0.0, 1.0}));
+  seq.add(vectorOf({-0.0, 1.0}));
+  EXPECT_EQ(valuesOf(1.0 / seq), valuesOf(1.0 / vectorOf({0.0, -0.0, 1.0, 1.0})));
+  EXPECT_EQ(valuesOf(TnumberSequence::extra(seq, vectorOf({0.5, 2.0}), 0.5)), Values{2.0});
+}
+
 TEST(NumberSequence, SharesAndReportsAsItsVectorDoes) {
   const DoubleVec source = vectorOf({3.0, 1.0});
   TnumberSequence seq(source), view;

@@ -182,6 +182,7 @@ TEST(TupleVector, ReportsPointsOutsideAndWritesNothingThere) {
   EXPECT_FALSE(tv.setPoints(0, 1, TtupleVector(3, 1, 1.0)));
   EXPECT_FALSE(tv.setPoints(IntVec(), TtupleVector(3, 1, 1.0)));
   EXPECT_TRUE(tv.setPoints(2, -1, TtupleVector(2, 1, 1.0)));
+  EXPECT_FALSE(tv.setPoints(1, -2, TtupleVector(2, 1, 1.0)));
   EXPECT_EQ(tv.lPoints(2, -1).points() + tv.rPoints(2, -1).points(), 0);
   EXPECT_EQ(errors.takeTexts(), "");
 }
