@@ -15,8 +15,16 @@ DoubleQRDecomp::DoubleQRDecomp() = default;
 DoubleQRDecomp::DoubleQRDecomp(const DoubleGenMat& A) { DoubleQRDecomp::factor(A); }
 
 void DoubleQRDecomp::factor(const DoubleGenMat& A) {
+  // The old factors go first, so that there are never two matrices besides A.
+  if (&A != &factors_) factors_.reference(DoubleGenMat());
   factors_.reference(A.deepCopy());
   dofactor();
+}
+
+void DoubleQRDecomp::deepenShallowCopy() {
+  factors_.deepenShallowCopy();
+  pivots_.deepenShallowCopy();
+  qraux_.deepenShallowCopy();
 }
 
 void DoubleQRDecomp::dofactor() {

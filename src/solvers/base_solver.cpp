@@ -7,8 +7,6 @@
 #include "knotwork/solvers/solve_codes.h"
 #include "solvers/point_values.h"
 
-using knotwork::kBadArgument;
-using knotwork::kSolved;
 namespace detail = knotwork::detail;
 
 namespace {
@@ -26,6 +24,114 @@ bool areBelow(const IntVec& indices, unsigned limit) {
 }
 
 }  // namespace
+
+namespace knotwork::detail {
+
+// Maps right-hand sides onto the rows that take part, and solutions back to all columns.
+class SideMapper {
+ public:
+  explicit SideMapper(const TbaseSolver& solver) : s_(solver) {}
+
+  template <class Values>
+  int solve(const Values& rhs, Values* x, bool keepValues) const;
+
+ private:
+  bool hasAllRows() const { return s_.usedRowIndex_.length() == rows(); }
+  bool hasAllColumns() const { return s_.usedColIndex_.length() == columns(); }
+  unsigned rows() const { return static_cast<unsigned>(s_.totalRows_); }
+  unsigned columns() const { return static_cast<unsigned>(s_.totalCols_); }
+
+  bool areIndicesInside(unsigned sides, bool prescribed) const;
+  template <class Values>
+  Values sidesOf(const Values& rhs, bool isChanged) const;
+  template <class Values>
+  bool subtractPrescribed(DoubleVec& b, const Values& x) const;
+  void subtractMultiples(DoubleVec& b, const DoubleVec& column, const DoubleVec& point) const;
+  template <class Values>
+  bool store(const Values& y, bool prescribed, Values& x) const;
+
+  const TbaseSolver& s_;
+};
+
+// Whether the used rows lie in a right-hand side of so many entries, and the used columns in the
+// system: where nothing was usable the lists are still those of an earlier system.
+bool SideMapper::areIndicesInside(unsigned sides, bool prescribed) const {
+  if (!areBelow(s_.usedColIndex_, columns())) return false;
+  if (hasAllRows()) return !prescribed || sides == rows();
+  return areBelow(s_.usedRowIndex_, prescribed ? std::min(rows(), sides) : sides);
+}
+
+// The sides of the used rows: a view on all of them only if the caller's may be overwritten.
+template <class Values>
+Values SideMapper::sidesOf(const Values& rhs, bool isChanged) const {
+  if (!hasAllRows()) return gather(rhs, s_.usedRowIndex_);
+  return s_.copyRhs_ || isChanged ? Values(rhs.copy()) : Values(rhs);
+}
+
+// b -= column j times x[j] over the columns that do not take part. @return false where a subclass
+// gives a column that is too short.
+template <class Values>
+bool SideMapper::subtractPrescribed(DoubleVec& b, const Values& x) const {
+  // The accessor is meant for subclasses to redefine and changes nothing.
+  auto& solver = const_cast<TbaseSolver&>(s_);
+  int nextUsed = 0;
+  for (int j = 0; j < s_.totalCols_; ++j) {
+    if (nextUsed < s_.usedCols() && s_.usedColIndex_(nextUsed) == j) {
+      ++nextUsed;
+      continue;
+    }
+    const DoubleVec column = solver.originalColumn(j);
+    if (column.length() < rows()) return false;
+    subtractMultiples(b, column, pointAt(x, j));
+  }
+  return true;
+}
+
+// Component c of every side loses point[c] times the column.
+void SideMapper::subtractMultiples(DoubleVec& b, const DoubleVec& column,
+                                   const DoubleVec& point) const {
+  const int sides = static_cast<int>(s_.usedRowIndex_.length());
+  const int dimension = static_cast<int>(point.length());
+  for (int i = 0; i < sides; ++i) {
+    const double element = column(hasAllRows() ? i : s_.usedRowIndex_(i));
+    for (int c = 0; c < dimension; ++c) b(i * dimension + c) -= point(c) * element;
+  }
+}
+
+// Stores the unknowns y of the used columns. @return false if there is no memory to give x its
+// shape.
+template <class Values>
+bool SideMapper::store(const Values& y, bool prescribed, Values& x) const {
+  if (!hasShape(x, dimensionOf(y), columns())) reshape(x, dimensionOf(y), columns());
+  if (!hasShape(x, dimensionOf(y), columns())) return false;
+  if (!prescribed) static_cast<DoubleVec&>(x) = 0.0;
+  if (hasAllColumns()) {
+    copyPoints(y, x);
+  } else {
+    scatter(y, s_.usedColIndex_, x);
+  }
+  return true;
+}
+
+template <class Values>
+int SideMapper::solve(const Values& rhs, Values* x, bool keepValues) const {
+  const unsigned sides = pointsOf(rhs);
+  if (x == nullptr || sides < s_.usedRowIndex_.length()) return kBadArgument;
+  const int dimension = dimensionOf(rhs);
+  const bool prescribed = keepValues && !hasAllColumns() && hasShape(*x, dimension, columns());
+  if (prescribed && !s_.keepOriginal_) return kBadArgument;
+  if (!areIndicesInside(sides, prescribed)) return kBadArgument;
+
+  Values b = sidesOf(rhs, prescribed);
+  if (pointsOf(b) < s_.usedRowIndex_.length()) return kBadArgument;
+  if (prescribed && !subtractPrescribed(b, *x)) return kBadArgument;
+  Values y = zeros<Values>(dimension, s_.usedColIndex_.length());
+  const int code = s_.solveInPlace(b, &y);
+  if (code != kSolved) return code;
+  return store(y, prescribed, *x) ? kSolved : kBadArgument;
+}
+
+}  // namespace knotwork::detail
 
 TbaseSolver::TbaseSolver(bool keepOriginal) : TbaseSolver(silentReporter, keepOriginal) {}
 TbaseSolver::TbaseSolver(TsolverReporter& reporter, bool keepOriginal)
@@ -62,87 +168,12 @@ int TbaseSolver::usedCols() const { return static_cast<int>(usedColIndex_.length
 double TbaseSolver::tolerance() const { return tolerance_; }
 double& TbaseSolver::tolerance() { return tolerance_; }
 
-// Whether the used rows lie in a right-hand side of so many entries, and the used columns in the
-// system: where nothing was usable the lists are still those of an earlier system.
-bool TbaseSolver::areIndicesInside(unsigned sides, bool prescribed) const {
-  const auto rows = static_cast<unsigned>(totalRows_);
-  if (!areBelow(usedColIndex_, static_cast<unsigned>(totalCols_))) return false;
-  if (usedRowIndex_.length() == rows) return !prescribed || sides == rows;
-  return areBelow(usedRowIndex_, prescribed ? std::min(rows, sides) : sides);
-}
-
-// b -= column j times x[j] over the columns that do not take part. @return false where a subclass
-// gives a column that is too short.
-template <class Values>
-bool TbaseSolver::subtractPrescribed(DoubleVec& b, const Values& x) const {
-  // The accessor is meant for subclasses to redefine and changes nothing.
-  auto& self = const_cast<TbaseSolver&>(*this);
-  int nextUsed = 0;
-  for (int j = 0; j < totalCols_; ++j) {
-    if (nextUsed < usedCols() && usedColIndex_(nextUsed) == j) {
-      ++nextUsed;
-      continue;
-    }
-    const DoubleVec column = self.originalColumn(j);
-    if (column.length() < static_cast<unsigned>(totalRows_)) return false;
-    subtractMultiples(b, column, detail::pointAt(x, j));
-  }
-  return true;
-}
-
-// Component c of every side loses point[c] times the column.
-void TbaseSolver::subtractMultiples(DoubleVec& b, const DoubleVec& column,
-                                    const DoubleVec& point) const {
-  const int sides = static_cast<int>(usedRowIndex_.length());
-  const int dimension = static_cast<int>(point.length());
-  const bool allRows = sides == totalRows_;
-  for (int i = 0; i < sides; ++i) {
-    const double element = column(allRows ? i : usedRowIndex_(i));
-    for (int c = 0; c < dimension; ++c) b(i * dimension + c) -= point(c) * element;
-  }
-}
-
-template <class Values>
-int TbaseSolver::solveFor(const Values& rhs, Values* x, bool keepValues) const {
-  const unsigned sides = detail::pointsOf(rhs);
-  if (x == nullptr || sides < usedRowIndex_.length()) return kBadArgument;
-  const int dimension = detail::dimensionOf(rhs);
-  const auto unknowns = static_cast<unsigned>(totalCols_);
-  const bool prescribed =
-      keepValues && usedCols() != totalCols_ && detail::hasShape(*x, dimension, unknowns);
-  if (prescribed && !keepOriginal_) return kBadArgument;
-  if (!areIndicesInside(sides, prescribed)) return kBadArgument;
-
-  const bool allRows = usedRowIndex_.length() == static_cast<unsigned>(totalRows_);
-  Values b(rhs);
-  if (!allRows) {
-    detail::become(b, detail::gather(rhs, usedRowIndex_));
-  } else if (copyRhs_ || prescribed) {
-    detail::become(b, rhs.copy());
-  }
-  if (detail::pointsOf(b) < usedRowIndex_.length()) return kBadArgument;
-  if (prescribed && !subtractPrescribed(b, *x)) return kBadArgument;
-
-  Values y = detail::zeros<Values>(dimension, usedColIndex_.length());
-  const int code = solveInPlace(b, &y);
-  if (code != kSolved) return code;
-  if (!detail::hasShape(*x, dimension, unknowns)) detail::reshape(*x, dimension, unknowns);
-  if (!detail::hasShape(*x, dimension, unknowns)) return kBadArgument;
-  if (!prescribed) static_cast<DoubleVec&>(*x) = 0.0;
-  if (usedCols() == totalCols_) {
-    detail::copyPoints(y, *x);
-  } else {
-    detail::scatter(y, usedColIndex_, *x);
-  }
-  return kSolved;
-}
-
 int TbaseSolver::solve(const DoubleVec& rhs, DoubleVec* x, bool keepValues) const {
-  return solveFor(rhs, x, keepValues);
+  return detail::SideMapper(*this).solve(rhs, x, keepValues);
 }
 
 int TbaseSolver::solve(const TtupleVector& rhs, TtupleVector* x, bool keepValues) const {
-  return solveFor(rhs, x, keepValues);
+  return detail::SideMapper(*this).solve(rhs, x, keepValues);
 }
 
 DoubleVec TbaseSolver::solve(const DoubleVec& rhs) const {

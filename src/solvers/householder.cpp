@@ -9,8 +9,6 @@
 #include "solvers/householder_system.h"
 #include "solvers/point_values.h"
 
-using knotwork::kBadArgument;
-using knotwork::kDependent;
 using knotwork::kSolved;
 namespace detail = knotwork::detail;
 
@@ -29,14 +27,114 @@ IntVec identity(unsigned n) { return IntVec(n, 0, 1); }
 double* elements(DoubleVec view) { return view.data(); }
 int* elements(IntVec view) { return view.data(); }
 
-// The leading elements of `to` become those of `from`, the others 0.
-void copyAndClear(const DoubleVec& from, DoubleVec& to) {
-  to = 0.0;
-  DoubleVec leading = to.slice(0, from.length(), 1);
-  leading = from;
+}  // namespace
+
+namespace knotwork::detail {
+
+// The factorisation of a solver, checked and applied.
+class HouseholderFactor {
+ public:
+  explicit HouseholderFactor(const Thouseholder& solver) : s_(solver) {}
+
+  // Whether memory was had for all that the factorisation needs.
+  bool hasStorage() const;
+  HouseholderSystem system() const;
+  // Does to the sides what normalisation did to the rows, if there are as many.
+  template <class Values>
+  void scale(Values& sides) const;
+  template <class Values>
+  int solve(Values& rhs, Values* x, bool changesSides) const;
+  // y += the solution for b - matrix y. @return false if memory ran out.
+  bool correct(const TtupleVector& b, TtupleVector& y) const;
+
+ private:
+  TtupleVector residual(const TtupleVector& b, const TtupleVector& y) const;
+
+  const Thouseholder& s_;
+};
+
+bool HouseholderFactor::hasStorage() const {
+  const unsigned rows = s_.matrix_.rows();
+  const unsigned cols = s_.matrix_.cols();
+  const unsigned pivots = std::max(rows, cols);
+  return s_.factorMatrix_.rows() == rows && s_.factorMatrix_.cols() == cols &&
+         s_.rowPerm_.length() == rows && s_.colPerm_.length() == cols &&
+         s_.beta_.length() == pivots && s_.sigma_.length() == pivots &&
+         s_.norms_.length() == pivots;
 }
 
-}  // namespace
+HouseholderSystem HouseholderFactor::system() const {
+  const int rows = static_cast<int>(s_.factorMatrix_.rows());
+  const int cols = static_cast<int>(s_.factorMatrix_.cols());
+  const int constraints = rows < cols ? rows : std::clamp(s_.constraintRows_, 0, cols);
+  return {elements(s_.factorMatrix_.dataVec()),
+          rows,
+          cols,
+          constraints,
+          elements(s_.beta_),
+          elements(s_.sigma_),
+          elements(s_.norms_),
+          elements(s_.rowPerm_),
+          elements(s_.colPerm_),
+          skipThreshold};
+}
+
+template <class Values>
+void HouseholderFactor::scale(Values& sides) const {
+  if (pointsOf(sides) != s_.rhsMult_.length()) return;
+  for (int i = 0; i < static_cast<int>(pointsOf(sides)); ++i) {
+    DoubleVec side = pointAt(sides, i);
+    side *= s_.rhsMult_(i);
+  }
+}
+
+template <class Values>
+int HouseholderFactor::solve(Values& rhs, Values* x, bool changesSides) const {
+  const unsigned unknowns = s_.matrix_.cols();
+  const int dimension = dimensionOf(rhs);
+  if (x == nullptr || dimensionOf(*x) != dimension || pointsOf(*x) < unknowns) return kBadArgument;
+  if (pointsOf(rhs) < s_.matrix_.rows()) return kBadArgument;
+  if (s_.isDependent()) return kDependent;
+  Values b = rhs.copy();
+  Values y = zeros<Values>(dimension, unknowns);
+  if (pointsOf(b) < s_.matrix_.rows() || pointsOf(y) < unknowns) return kBadArgument;
+  scale(b);
+  solveHouseholder(system(), elements(b), elements(y), dimension);
+  if (changesSides) rhs = b;
+  static_cast<DoubleVec&>(*x) = 0.0;
+  copyPoints(y, *x);
+  return kSolved;
+}
+
+TtupleVector HouseholderFactor::residual(const TtupleVector& b, const TtupleVector& y) const {
+  const int rows = static_cast<int>(s_.matrix_.rows());
+  TtupleVector product = zeros<TtupleVector>(b.size(), s_.matrix_.rows());
+  if (product.points() < rows) return product;
+  DoubleVec& flat = product;
+  for (int j = 0; j < static_cast<int>(s_.matrix_.cols()); ++j) {
+    const DoubleVec column = s_.matrix_.col(j);
+    const DoubleVec unknown = pointAt(y, j);
+    for (int i = 0; i < rows; ++i) {
+      for (int c = 0; c < b.size(); ++c) flat(i * b.size() + c) += column(i) * unknown(c);
+    }
+  }
+  const DoubleVec& sides = b;
+  for (int t = 0; t < static_cast<int>(flat.length()); ++t) flat(t) = sides(t) - flat(t);
+  return product;
+}
+
+bool HouseholderFactor::correct(const TtupleVector& b, TtupleVector& y) const {
+  TtupleVector left = residual(b, y);
+  TtupleVector correction = zeros<TtupleVector>(y.size(), pointsOf(y));
+  if (pointsOf(left) < s_.matrix_.rows() || pointsOf(correction) < pointsOf(y)) return false;
+  solveHouseholder(system(), elements(left), elements(correction), y.size());
+  static_cast<DoubleVec&>(y) += correction;
+  return true;
+}
+
+}  // namespace knotwork::detail
+
+using detail::HouseholderFactor;
 
 Thouseholder::Thouseholder(double tolerance, int maxNonZeros, bool keepOriginal)
     : TsolveConstrainedLsq(keepOriginal) {
@@ -77,32 +175,6 @@ void Thouseholder::deepenShallowCopy() {
 
 // ---- Factorisation ------------------------------------------------------------------------------
 
-detail::HouseholderSystem Thouseholder::system() const {
-  const int rows = static_cast<int>(factorMatrix_.rows());
-  const int cols = static_cast<int>(factorMatrix_.cols());
-  const int constraints = rows < cols ? rows : std::clamp(constraintRows_, 0, cols);
-  return {elements(factorMatrix_.dataVec()),
-          rows,
-          cols,
-          constraints,
-          elements(beta_),
-          elements(sigma_),
-          elements(norms_),
-          elements(rowPerm_),
-          elements(colPerm_),
-          skipThreshold};
-}
-
-// Whether memory was had for all that the factorisation needs.
-bool Thouseholder::hasStorage() const {
-  const unsigned rows = matrix_.rows();
-  const unsigned cols = matrix_.cols();
-  const unsigned pivots = std::max(rows, cols);
-  return factorMatrix_.rows() == rows && factorMatrix_.cols() == cols &&
-         rowPerm_.length() == rows && colPerm_.length() == cols && beta_.length() == pivots &&
-         sigma_.length() == pivots && norms_.length() == pivots;
-}
-
 bool Thouseholder::factor() {
   skipThreshold = tolerance_ * kSkippedPartOfTolerance;
   // Storage is always new: copies of this solver may share the old one.
@@ -123,7 +195,7 @@ bool Thouseholder::inPlace() {
   if (static_cast<int>(factorMatrix_.rows()) < constraintRows_) return false;
   if (!dependent_) return true;
   const unsigned places = std::max(matrix_.rows(), matrix_.cols());
-  if (places >= kFirstSizeRefused || !hasStorage()) return false;
+  if (places >= kFirstSizeRefused || !HouseholderFactor(*this).hasStorage()) return false;
   DoubleVec values(places), products(places);
   IntVec columns(places), rows(places);
   if (std::min({values.length(), products.length(), columns.length(), rows.length()}) < places) {
@@ -131,77 +203,17 @@ bool Thouseholder::inPlace() {
   }
   const detail::HouseholderWorkspace work{values.data(), products.data(), columns.data(),
                                           rows.data()};
-  return detail::factorHouseholder(system(), work, *reporter_);
+  return detail::factorHouseholder(HouseholderFactor(*this).system(), work, *reporter_);
 }
 
 // ---- Solution -----------------------------------------------------------------------------------
 
-// Does to sides what normalisation did to the rows, if there are as many.
-void Thouseholder::scale(DoubleVec& flat, int dimension) const {
-  const int sides = static_cast<int>(flat.length()) / dimension;
-  if (static_cast<unsigned>(sides) != rhsMult_.length()) return;
-  for (int i = 0; i < sides; ++i) {
-    for (int c = 0; c < dimension; ++c) flat(i * dimension + c) *= rhsMult_(i);
-  }
-}
-
-void Thouseholder::solveScaled(DoubleVec& flat, DoubleVec& x, int dimension) const {
-  x = 0.0;
-  detail::solveHouseholder(system(), flat.data(), x.data(), dimension);
-}
-
 int Thouseholder::solveInPlace(DoubleVec& rhs, DoubleVec* x) const {
-  if (x == nullptr || x->length() < matrix_.cols() || rhs.length() < matrix_.rows()) {
-    return kBadArgument;
-  }
-  if (isDependent()) return kDependent;
-  DoubleVec b = rhs.deepCopy();
-  DoubleVec y(matrix_.cols());
-  if (b.length() != rhs.length() || y.length() != matrix_.cols()) return kBadArgument;
-  scale(b, 1);
-  solveScaled(b, y, 1);
-  rhs = b;
-  copyAndClear(y, *x);
-  return kSolved;
+  return HouseholderFactor(*this).solve(rhs, x, true);
 }
 
 int Thouseholder::solveInPlace(TtupleVector& rhs, TtupleVector* x) const {
-  if (x == nullptr || x->size() != rhs.size() || detail::pointsOf(*x) < matrix_.cols() ||
-      detail::pointsOf(rhs) < matrix_.rows()) {
-    return kBadArgument;
-  }
-  if (isDependent()) return kDependent;
-  const int dimension = rhs.size();
-  DoubleVec b = static_cast<const DoubleVec&>(rhs).deepCopy();
-  DoubleVec y(matrix_.cols() * static_cast<unsigned>(dimension));
-  if (b.length() != rhs.length() || y.length() != matrix_.cols() * static_cast<unsigned>(dimension))
-    return kBadArgument;
-  scale(b, dimension);
-  solveScaled(b, y, dimension);
-  copyAndClear(y, *x);
-  return kSolved;
-}
-
-// y += the solution for b - matrix y. @return false if memory ran out.
-bool Thouseholder::correct(const DoubleVec& b, DoubleVec& y, int dimension) const {
-  const int rows = static_cast<int>(matrix_.rows());
-  DoubleVec product(static_cast<unsigned>(rows * dimension), 0.0);
-  DoubleVec correction(y.length());
-  if (static_cast<int>(product.length()) != rows * dimension) return false;
-  if (correction.length() != y.length()) return false;
-  for (int j = 0; j < static_cast<int>(matrix_.cols()); ++j) {
-    const DoubleVec column = matrix_.col(j);
-    for (int i = 0; i < rows; ++i) {
-      for (int c = 0; c < dimension; ++c) {
-        product(i * dimension + c) += column(i) * y(j * dimension + c);
-      }
-    }
-  }
-  DoubleVec residual = b.slice(0, product.length(), 1) - product;
-  if (residual.length() != product.length()) return false;
-  solveScaled(residual, correction, dimension);
-  y += correction;
-  return true;
+  return HouseholderFactor(*this).solve(rhs, x, false);
 }
 
 TtupleVector Thouseholder::altSolve(const TtupleVector& rhs, int n) const {
@@ -210,15 +222,14 @@ TtupleVector Thouseholder::altSolve(const TtupleVector& rhs, int n) const {
   TtupleVector x = detail::zeros<TtupleVector>(dimension, static_cast<unsigned>(totalCols_));
   if (solve(rhs, &x, false) != kSolved) return x;
   const bool allRows = usedRowIndex_.length() == static_cast<unsigned>(totalRows_);
-  DoubleVec b = allRows ? rhs.copy() : detail::gather(rhs, usedRowIndex_);
-  scale(b, dimension);
+  TtupleVector b = allRows ? rhs.copy() : detail::gather(rhs, usedRowIndex_);
+  HouseholderFactor(*this).scale(b);
   const bool allCols = usedCols() == totalCols_;
-  DoubleVec y = allCols ? x.copy() : detail::gather(x, usedColIndex_);
+  TtupleVector y = allCols ? x.copy() : detail::gather(x, usedColIndex_);
   for (int turn = 0; turn < n; ++turn) {
-    if (!correct(b, y, dimension)) break;
+    if (!HouseholderFactor(*this).correct(b, y)) break;
   }
-  TtupleVector solved(dimension, y);
-  if (allCols) return solved;
-  detail::scatter(solved, usedColIndex_, x);
+  if (allCols) return y;
+  detail::scatter(y, usedColIndex_, x);
   return x;
 }

@@ -42,8 +42,7 @@ class Factorisation {
       : s_(system),
         work_(work),
         reporter_(reporter),
-        passesOverZeros_(
-            mayPassOverZeros(s_.f, static_cast<std::ptrdiff_t>(s_.rows) * s_.cols)) {}
+        passesOverZeros_(mayPassOverZeros(s_.f, static_cast<std::ptrdiff_t>(s_.rows) * s_.cols)) {}
 
   bool run() {
     const int firstConstraint = s_.leastSquaresRows();
@@ -201,8 +200,7 @@ void Factorisation::pivotColumn(int p, int j) {
 // Columns j + 1 and up, those of the constraints included, by the entries that stand in the
 // workspace, that of row p in place `pivotPlace`.
 template <class Places>
-void Factorisation::reflectColumnsAfter(int p, int j, const Places& at,
-                                        std::ptrdiff_t pivotPlace) {
+void Factorisation::reflectColumnsAfter(int p, int j, const Places& at, std::ptrdiff_t pivotPlace) {
   const Pivot pivot = formReflection(work_.values, at.count, pivotPlace, s_.skip);
   s_.sigma[p] = pivot.sigma;
   s_.beta[p] = pivot.beta;

@@ -120,7 +120,8 @@ void solveGroup(const HouseholderSystem& system, double* b, double* x, int strid
 
 void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width) {
   int side = 0;
-  for (; width - side > kGroup; side += kGroup) solveGroup<kGroup>(system, b + side, x + side, width);
+  for (; width - side > kGroup; side += kGroup)
+    solveGroup<kGroup>(system, b + side, x + side, width);
   switch (width - side) {
     case 1:
       return solveGroup<1>(system, b + side, x + side, width);

@@ -43,6 +43,24 @@ IntVec findRows(const DoubleGenMat& a, double tolerance) {
   return isUsed.valueIndex(1);
 }
 
+// Whether zeros can be cleaned with the tolerance, which becomes the cutoff if it is too large.
+bool acceptTolerance(const DoubleGenMat& a, double cutoff, double& tolerance,
+                     TsolverReporter& reporter) {
+  double largest = maxValue(a.dataVec());
+  if (largest > 1.0) largest = 1.0;
+  const double limit = kPartOfLargestEntry * largest;
+  if (tolerance <= limit) return true;
+  const bool isUsable = 0 < cutoff && cutoff < limit;
+  if (isUsable) tolerance = cutoff;
+  if (reporter.isVerbose()) {
+    // The line is the same where nothing could be reset.
+    reporter.reportFormatted(
+        " Region cutoff value too large (maximal allowed value %5.3f). Reset to %5.3f.", limit,
+        tolerance);
+  }
+  return isUsable;
+}
+
 // Keeps the leading entries of a row, but gives the diagonal entry the places of the smallest ones
 // below it: one after the other, as many as there are other entries.
 void keepLeadingEntries(DoubleVec& row, int diagonal, const DoubleVec& slots, IntVec& places) {
@@ -121,8 +139,8 @@ void TsolveSystems::zeroOutCount() {
   const DoubleVec slots(static_cast<unsigned>(maxNonZeros_));
   IntVec places(slots.length());
   if (slots.length() == 0 || places.length() == 0) return;
-  detail::changeRows(
-      matrix_, [&](int i, DoubleVec& row) { keepLeadingEntries(row, i, slots, places); });
+  detail::changeRows(matrix_,
+                     [&](int i, DoubleVec& row) { keepLeadingEntries(row, i, slots, places); });
 }
 
 void TsolveSystems::tryNormalise() {
@@ -140,23 +158,6 @@ void TsolveSystems::tryNormalise() {
   isNormalised_ = true;
 }
 
-// Whether zeros can be cleaned with the tolerance, which becomes the cutoff if it is too large.
-bool TsolveSystems::acceptTolerance(double cutoff) {
-  double largest = maxValue(matrix_.dataVec());
-  if (largest > 1.0) largest = 1.0;
-  const double limit = kPartOfLargestEntry * largest;
-  if (tolerance_ <= limit) return true;
-  const bool isUsable = 0 < cutoff && cutoff < limit;
-  if (isUsable) tolerance_ = cutoff;
-  if (reporter_->isVerbose()) {
-    // The line is the same where nothing could be reset.
-    reporter_->reportFormatted(
-        " Region cutoff value too large (maximal allowed value %5.3f). Reset to %5.3f.", limit,
-        tolerance_);
-  }
-  return isUsable;
-}
-
 void TsolveSystems::preSetMatrix(const IntVec& fixedCols, double cutoff, bool normalise,
                                  bool cleanZeros) {
   rhsMult_.reference(DoubleVec());
@@ -169,7 +170,7 @@ void TsolveSystems::preSetMatrix(const IntVec& fixedCols, double cutoff, bool no
   }
   bool isAccepted = false;
   if (cleanZeros && totalRows_ > 0 && totalCols_ > 0) {
-    isAccepted = acceptTolerance(cutoff);
+    isAccepted = acceptTolerance(matrix_, cutoff, tolerance_, *reporter_);
     if (isAccepted) {
       zeroOutCount();
       cleanZero(fixedCols, tolerance_);

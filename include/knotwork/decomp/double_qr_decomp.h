@@ -32,6 +32,8 @@ class KNOTWORK_API DoubleQRDecomp {
   /// a second factorisation with pivoting keeps the order of the columns, save that the one whose
   /// entry was 0 goes behind the others. A fresh object pivots freely.
   void factor(const DoubleGenMat& A);
+  /// Gives factors, pivots and auxiliary vector storage of their own, unless they have it already.
+  void deepenShallowCopy();
   /// Factors the matrix that stands in place of the factors, in storage of its own.
   ///
   /// With pivoting the pivot vector is resized to cols (entries kept, new ones 0). The entries drop

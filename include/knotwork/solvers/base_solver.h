@@ -7,6 +7,10 @@
 #include "knotwork/solvers/solver_reporter.h"
 #include "knotwork/vector/int_vec.h"
 
+namespace knotwork::detail {
+class SideMapper;
+}
+
 /// Abstract root of the solvers.
 ///
 /// A subclass's `setMatrix` prepares and factors a system; `solve` may then be called any number of
@@ -107,10 +111,5 @@ class KNOTWORK_API TbaseSolver {
   bool copyRhs_ = true;  ///< if false, solving for full right-hand sides overwrites them
 
  private:
-  template <class Values>
-  int solveFor(const Values& rhs, Values* x, bool keepValues) const;
-  template <class Values>
-  bool subtractPrescribed(DoubleVec& b, const Values& x) const;
-  void subtractMultiples(DoubleVec& b, const DoubleVec& column, const DoubleVec& point) const;
-  bool areIndicesInside(unsigned sides, bool prescribed) const;
+  friend class knotwork::detail::SideMapper;
 };

@@ -5,7 +5,7 @@
 #include "knotwork/solvers/solve_constrained_lsq.h"
 
 namespace knotwork::detail {
-struct HouseholderSystem;
+class HouseholderFactor;
 }
 
 /// Solves min |A1 x - b1| subject to A2 x = b2, or, where there are fewer rows than columns, finds
@@ -63,17 +63,13 @@ class KNOTWORK_API Thouseholder : public TsolveConstrainedLsq {
   /// negligible against the largest squared norm of a row or column.
   bool inPlace();
 
-  DoubleVec beta_;    ///< factor of each reflection, by pivot row; 0 where one was skipped
-  DoubleVec sigma_;   ///< diagonal of the triangles, by pivot row
-  DoubleVec norms_;   ///< running squared norms
-  IntVec rowPerm_;    ///< where each row of the factor was
-  IntVec colPerm_;    ///< where each column of the factor was
+  DoubleVec beta_;   ///< factor of each reflection, by pivot row; 0 where one was skipped
+  DoubleVec sigma_;  ///< diagonal of the triangles, by pivot row
+  DoubleVec norms_;  ///< running squared norms
+  IntVec rowPerm_;   ///< where each row of the factor was
+  IntVec colPerm_;   ///< where each column of the factor was
   DoubleGenMat factorMatrix_;
 
  private:
-  knotwork::detail::HouseholderSystem system() const;
-  bool hasStorage() const;
-  void scale(DoubleVec& flat, int dimension) const;
-  void solveScaled(DoubleVec& flat, DoubleVec& x, int dimension) const;
-  bool correct(const DoubleVec& b, DoubleVec& y, int dimension) const;
+  friend class knotwork::detail::HouseholderFactor;
 };

@@ -63,7 +63,4 @@ class KNOTWORK_API TsolveSystems : public TbaseSolver {
   DoubleGenMat keptMatrix_;  ///< the system as given, before rows were normalised; may be empty
   DoubleGenMat matrix_;      ///< the prepared system
   int maxNonZeros_ = 0;
-
- private:
-  bool acceptTolerance(double cutoff);
 };
