@@ -227,7 +227,10 @@ DoubleVec log(const DoubleVec& v) { return v.apply(std::log); }
 DoubleVec log10(const DoubleVec& v) { return v.apply(std::log10); }
 DoubleVec sin(const DoubleVec& v) { return v.apply(std::sin); }
 DoubleVec sinh(const DoubleVec& v) { return v.apply(std::sinh); }
-DoubleVec sqrt(const DoubleVec& v) { return v.apply(std::sqrt); }
+// The processor's root, which is correctly rounded everywhere.
+DoubleVec sqrt(const DoubleVec& v) {
+  return v.apply([](double x) { return std::sqrt(x); });
+}
 DoubleVec tan(const DoubleVec& v) { return v.apply(std::tan); }
 DoubleVec tanh(const DoubleVec& v) { return v.apply(std::tanh); }
 
