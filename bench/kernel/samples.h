@@ -10,6 +10,8 @@
 #include <random>
 #include <vector>
 
+#include "knotwork/kernel/knot_record.h"
+
 namespace knotwork::bench {
 
 using Doubles = std::vector<double>;
@@ -23,11 +25,28 @@ inline Doubles parameters(int spans) {
   return t;
 }
 
-/// Full clamped knot vector over [0, spans]: spans + 2 degree + 1 knots.
-inline Doubles clampedKnots(int degree, int spans) {
-  Doubles knots;
-  for (int k = -degree; k <= spans + degree; ++k) knots.push_back(std::clamp(k, 0, spans));
+/// Full clamped knot vector over [0, spans]: spans + 2 degree + 1 knots, even or in steps of 1
+/// to 9.
+inline Doubles clampedKnots(int degree, int spans, bool uneven) {
+  std::mt19937 random(5);
+  Doubles breaks{0.0};
+  for (int k = 0; k < spans; ++k)
+    breaks.push_back(breaks.back() + (uneven ? 1.0 + static_cast<double>(random() % 9) : 1.0));
+  Doubles knots(static_cast<std::size_t>(degree), 0.0);
+  for (const double t : breaks) knots.push_back(t / breaks.back() * spans);
+  knots.insert(knots.end(), static_cast<std::size_t>(degree), spans);
   return knots;
+}
+
+/// Sets knots from a full vector, whose first and last one an object does not keep.
+inline void setKnots(knotwork::KnotRecord& record, const Doubles& full) {
+  record.assign(full.data() + 1, static_cast<int>(full.size()) - 2);
+}
+
+/// Degrees, orders, and whether weights and uneven knots are used.
+inline void cases(benchmark::internal::Benchmark* b) {
+  b->ArgNames({"degree", "nderiv", "rational", "uneven"})
+      ->ArgsProduct({{3, 5}, {0, 1, 2}, {0, 1}, {0, 1}});
 }
 
 /// `count` homogeneous control points (x w, y w, z w, w), or with all weights 1 and left out.

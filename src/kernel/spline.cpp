@@ -94,13 +94,11 @@ void AP_SPLINE::eval(double* out, double t, int nderiv) const {
   const int m = Degree();
   const int orders = Spans() < 1 ? 0 : std::min(nderiv, m) + 1;
   if (orders > 0) {
-    SchemeWork work(m, spare());
     const NearEnd end = nearEnd(knots_, t);
     const Rows points((*this)[end.span], coords, m, end);
-    TriangularScheme(work.doubles, m, end, t)
-        .forEachOrder(nderiv, [&](int q, const double* weights) {
-          combine(points, q, weights, out + q * coords, Coords(), m);
-        });
+    forEachOrder(spare(), m, end, t, nderiv, [&](int q, const double* weights) {
+      combine(points, q, weights, out + q * coords, Coords(), m);
+    });
   }
   std::fill(out + orders * coords, out + (nderiv + 1) * coords, 0.0);
   if (rationality_ && orders > 0) quotientRule(out, dim_, nderiv, 0);

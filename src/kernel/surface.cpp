@@ -152,14 +152,11 @@ void AP_SURFACE::eval(double* out, double u, double v, int nderiv) const {
   double* const rows = out + (std::max(uDegree(), nderiv) + 1) * orders * coords;
   const NearEnd uEnd = nearEnd(uKnots_, u);
   const NearEnd vEnd = nearEnd(vKnots_, v);
-  SchemeWork work(std::max(uDegree(), vDegree()), spare());
   const Rows grid(index(vEnd.span, uEnd.span), uCount() * coords, vDegree(), vEnd);
-  TriangularScheme inV(work.doubles, vDegree(), vEnd, v);
-  inV.forEachOrder(nderiv, [&](int q, const double* weights) {
+  forEachOrder(spare(), vDegree(), vEnd, v, nderiv, [&](int q, const double* weights) {
     combine(grid, q, weights, rows + q * stretch, stretch, vDegree());
   });
-  TriangularScheme inU(work.doubles, uDegree(), uEnd, u);
-  inU.forEachOrder(nderiv, [&](int q, const double* weights) {
+  forEachOrder(spare(), uDegree(), uEnd, u, nderiv, [&](int q, const double* weights) {
     for (int j = 0; j <= std::min(nderiv, vDegree()); ++j) {
       const Rows row(rows + j * stretch, coords, uDegree(), uEnd);
       combine(row, q, weights, out + (j * orders + q) * coords, Coords(), uDegree());

@@ -6,8 +6,15 @@ namespace knotwork::detail {
 
 namespace {
 
-// The point is reckoned from the control point of the largest weight, which no rounding can lose.
-// Weights of 0 are left out: adding 0 * (...) would lose signed zeros and meet infinities.
+// A control point that carries a good part of the weight: the middle one, mostly.
+int anchor(const double* weights, int degree) {
+  const int middle = degree / 2;
+  if (weights[middle] >= 0.125) return middle;
+  return static_cast<int>(std::max_element(weights, weights + degree + 1) - weights);
+}
+
+// The point is reckoned from an anchor, whose rounding is small beside its share. Weights of 0 are
+// left out: adding 0 * (...) would lose signed zeros and meet infinities.
 template <int kWidth>
 void combinePoints(const Rows& points, int nearest, const double* weights, double* out, int column,
                    int degree) {
@@ -46,8 +53,7 @@ void combineColumns(const Rows& points, int q, int nearest, const double* weight
 }  // namespace
 
 void combine(const Rows& points, int q, const double* weights, double* out, int width, int degree) {
-  const int nearest =
-      q > 0 ? 0 : static_cast<int>(std::max_element(weights, weights + degree + 1) - weights);
+  const int nearest = q > 0 ? 0 : anchor(weights, degree);
   int column = 0;
   for (; column + 4 <= width; column += 4) {
     combineColumns<4>(points, q, nearest, weights, out, column, degree);
