@@ -44,7 +44,7 @@ void CurveKnotwork(benchmark::State& state) {
   Doubles out(static_cast<std::size_t>(s.WorkspaceSize(c.nderiv)));
   std::size_t i = 0;
   for (auto _ : state) {
-    s.eval(out.data(), c.t[i++ % 1024], c.nderiv);
+    s.eval(out.data(), c.t[i++ % kParameters], c.nderiv);
     benchmark::DoNotOptimize(out.data());
     benchmark::ClobberMemory();
   }
@@ -64,7 +64,7 @@ void CurveSisl(benchmark::State& state) {
   if (!agree(out, check)) state.SkipWithError("the libraries disagree");
   std::size_t i = 0;
   for (auto _ : state) {
-    s1221(s, c.nderiv, c.t[i++ % 1024], &left, out, &status);
+    s1221(s, c.nderiv, c.t[i++ % kParameters], &left, out, &status);
     benchmark::DoNotOptimize(out);
     benchmark::ClobberMemory();
   }
@@ -119,7 +119,7 @@ void CurveOcct(benchmark::State& state) {
   if (!agree(out, check)) state.SkipWithError("the libraries disagree");
   std::size_t i = 0;
   for (auto _ : state) {
-    s.eval(c.t[i++ % 1024], c.nderiv);
+    s.eval(c.t[i++ % kParameters], c.nderiv);
     benchmark::DoNotOptimize(s.p);
     benchmark::ClobberMemory();
   }

@@ -16,11 +16,14 @@ namespace knotwork::bench {
 
 using Doubles = std::vector<double>;
 
-/// 1024 parameters over [0, spans), as a host meets them that projects points: in no order.
+constexpr std::size_t kParameters = 65536;
+
+/// 65536 parameters over [0, spans), as a host meets them that projects points: in no order,
+/// and too many for a processor to learn the way each search takes.
 inline Doubles parameters(int spans) {
   std::mt19937 random(42);
   std::uniform_real_distribution<double> anywhere(0.0, spans);
-  Doubles t(1024);
+  Doubles t(kParameters);
   for (double& x : t) x = anywhere(random);
   return t;
 }

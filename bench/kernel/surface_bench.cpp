@@ -51,7 +51,7 @@ void SurfaceKnotwork(benchmark::State& state) {
   Doubles out(static_cast<std::size_t>(s.WorkspaceSize(c.nderiv)));
   std::size_t i = 0;
   for (auto _ : state) {
-    const std::size_t k = i++ % 1024;
+    const std::size_t k = i++ % kParameters;
     s.eval(out.data(), c.u[k], c.v[k], c.nderiv);
     benchmark::DoNotOptimize(out.data());
     benchmark::ClobberMemory();
@@ -73,7 +73,7 @@ void SurfaceSisl(benchmark::State& state) {
   if (!agree(out, check)) state.SkipWithError("the libraries disagree");
   std::size_t i = 0;
   for (auto _ : state) {
-    const std::size_t k = i++ % 1024;
+    const std::size_t k = i++ % kParameters;
     at[0] = c.u[k];
     at[1] = c.v[k];
     s1424(s, c.nderiv, c.nderiv, at, &leftU, &leftV, out, &status);
@@ -144,7 +144,7 @@ void SurfaceOcct(benchmark::State& state) {
   if (!agree(out, check)) state.SkipWithError("the libraries disagree");
   std::size_t i = 0;
   for (auto _ : state) {
-    const std::size_t k = i++ % 1024;
+    const std::size_t k = i++ % kParameters;
     s.eval(c.u[k], c.v[k], c.nderiv);
     benchmark::DoNotOptimize(s.p);
     benchmark::ClobberMemory();

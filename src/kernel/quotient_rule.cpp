@@ -30,29 +30,39 @@ double binomial(int n, int k) {
   return product;
 }
 
-// x -= factor * y over the coordinates of a point.
-void subtract(double* x, double factor, const double* y, int dim) {
-  for (int c = 0; c < dim; ++c) x[c] -= factor * y[c];
-}
-
-}  // namespace
-
-void quotientRule(double* out, int dim, int uOrder, int vOrder) {
+// kDim is the dimension where it is known at compile time, else 0.
+template <int kDim>
+void divideOut(double* out, int anyDim, int uOrder, int vOrder) {
+  const int dim = kDim != 0 ? kDim : anyDim;
   const auto block = [=](int i, int j) {
     return out + (static_cast<std::ptrdiff_t>(uOrder + 1) * j + i) * (dim + 1);
   };
-  const double weight = block(0, 0)[dim];
+  const double weight = out[dim];
   for (int j = 0; j <= vOrder; ++j) {
     for (int i = 0; i <= uOrder; ++i) {
       double* const point = block(i, j);
       for (int b = 0; b <= j; ++b) {
         for (int a = b == 0 ? 1 : 0; a <= i; ++a) {
           const double factor = binomial(j, b) * binomial(i, a) * block(a, b)[dim];
-          subtract(point, factor, block(i - a, j - b), dim);
+          const double* const lower = block(i - a, j - b);
+          for (int c = 0; c < dim; ++c) point[c] -= factor * lower[c];
         }
       }
       for (int c = 0; c < dim; ++c) point[c] /= weight;
     }
+  }
+}
+
+}  // namespace
+
+void quotientRule(double* out, int dim, int uOrder, int vOrder) {
+  switch (dim) {
+    case 2:
+      return divideOut<2>(out, dim, uOrder, vOrder);
+    case 3:
+      return divideOut<3>(out, dim, uOrder, vOrder);
+    default:
+      return divideOut<0>(out, dim, uOrder, vOrder);
   }
 }
 
