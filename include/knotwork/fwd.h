@@ -32,3 +32,14 @@ class DoubleLeastSqInc;
 class TtupleVector;
 class TtupleMatrix;
 class TnumberSequence;
+class TvertIndexTable;
+class TvertDataIndexTable;
+
+class AP_GEOMETRIC;
+class AP_MMBOX;
+class AP_SPLINE;
+class AP_SURFACE;
+struct AP_CNODE;
+struct AP_SNODE;
+
+class TagRw;

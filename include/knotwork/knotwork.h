@@ -2,6 +2,10 @@
 // The whole library in one header.
 #pragma once
 
+#include "knotwork/decomp/double_ch_decomp.h"
+#include "knotwork/decomp/double_gen_fact.h"
+#include "knotwork/decomp/double_least_sq_ch.h"
+#include "knotwork/decomp/double_least_sq_inc.h"
 #include "knotwork/decomp/double_least_sq_qr.h"
 #include "knotwork/decomp/double_qr_decomp.h"
 #include "knotwork/decomp/double_sv_decomp.h"
@@ -10,6 +14,10 @@
 #include "knotwork/geometry/tuple_vector.h"
 #include "knotwork/geometry/vert_data_index_table.h"
 #include "knotwork/geometry/vert_index_table.h"
+#include "knotwork/kernel/ag_rw.h"
+#include "knotwork/kernel/spline.h"
+#include "knotwork/kernel/surface.h"
+#include "knotwork/kernel/surface_direction.h"
 #include "knotwork/matrix/double_gen_mat.h"
 #include "knotwork/matrix/double_gen_mat_pick.h"
 #include "knotwork/matrix/double_lower_tri_mat.h"
@@ -18,6 +26,8 @@
 #include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/matrix/int_gen_mat_pick.h"
 #include "knotwork/matrix/ro_double_ref.h"
+#include "knotwork/platform/kernel/accessors.h"
+#include "knotwork/platform/kernel/builders.h"
 #include "knotwork/solvers/ag_exception.h"
 #include "knotwork/solvers/base_reporter.h"
 #include "knotwork/solvers/base_solver.h"

@@ -39,4 +39,10 @@ DoubleVec unpermute(const DoubleVec& v, const IntVec& pivots, int pivoting) {
   return reorder(v, pivots, pivoting, [&](DoubleVec& w, int i, int place) { w(place) = v(i); });
 }
 
+void Places::store(unsigned n) const {
+  if (target_ == nullptr || target_->data() == places_.data()) return;
+  const int count = static_cast<int>(std::min(n, target_->length()));
+  for (int i = 0; i < count; ++i) (*target_)(i) = places_(i);
+}
+
 }  // namespace knotwork::detail

@@ -27,4 +27,24 @@ DoubleVec permute(const DoubleVec& v, const IntVec& pivots, int pivoting);
 /// w[pivots[i]] = v[i], likewise.
 DoubleVec unpermute(const DoubleVec& v, const IntVec& pivots, int pivoting);
 
+/// Places in a row for a routine to read and write: those of the caller's vector where it has as
+/// many side by side, else a copy, to be stored. Without a vector they are scratch.
+class Places {
+ public:
+  Places(DoubleVec* target, unsigned n)
+      : target_(target), places_(target ? ofLength(*target, n) : DoubleVec(n, 0.0)), wanted_(n) {}
+
+  /// @return whether there was memory.
+  bool ready() const { return places_.length() == wanted_; }
+  double* data() { return places_.data(); }
+  /// Brings the first `n` places to the caller's vector, as far as that goes.
+  void store(unsigned n) const;
+  void store() const { store(wanted_); }
+
+ private:
+  DoubleVec* target_;
+  DoubleVec places_;
+  unsigned wanted_;
+};
+
 }  // namespace knotwork::detail

@@ -11,13 +11,13 @@ namespace knotwork::detail {
 namespace {
 
 constexpr std::size_t kBlockDepth = 128;
-constexpr std::size_t kBlockRows = 64;
+constexpr std::size_t kBlockRows = 128;
 
-// The panels of up to kWidth rows of a block, one behind the other: element (i, p) of a panel is
+// The panels of up to `width` rows of a block, one behind the other: element (i, p) of a panel is
 // panel[p * width + i]. Rows that the block has not are 0.
 template <class T>
-void packPanels(std::size_t rows, std::size_t depth, Grid<const T> block, std::size_t width,
-                T* panel) {
+void packRows(std::size_t rows, std::size_t depth, Grid<const T> block, std::size_t width,
+              T* panel) {
   for (std::size_t first = 0; first < rows; first += width) {
     const std::size_t present = std::min(width, rows - first);
     for (std::size_t p = 0; p < depth; ++p) {
@@ -26,6 +26,21 @@ void packPanels(std::size_t rows, std::size_t depth, Grid<const T> block, std::s
       std::fill(column + present, column + width, T{});
     }
     panel += depth * width;
+  }
+}
+
+// The panel of `cols` columns of a block, at most `width`: element (p, j) is
+// panel[(p * width + j) * copies] and so are its copies. Columns that the block has not are 0.
+template <class T>
+void packColumns(std::size_t cols, std::size_t depth, Grid<const T> block, std::size_t width,
+                 std::size_t copies, T* panel) {
+  for (std::size_t p = 0; p < depth; ++p) {
+    for (std::size_t j = 0; j < cols; ++j) {
+      const T element = block(p, j);
+      *panel++ = element;
+      for (std::size_t c = 1; c < copies; ++c) *panel++ = element;
+    }
+    panel = std::fill_n(panel, (width - cols) * copies, T{});
   }
 }
 
@@ -51,10 +66,11 @@ void addBlock(std::size_t rows, std::size_t cols, std::size_t depth, const T* pa
               Grid<const T> b, Grid<T> c) {
   const std::size_t tileRows = productKernels<T>().tileRows;
   const std::size_t tileCols = productKernels<T>().tileCols;
-  alignas(64) T packedB[kBlockDepth * kMostTileCols];
+  const std::size_t copies = productKernels<T>().copies;
+  alignas(64) T packedB[kBlockDepth * kMostTileCols * kMostCopies];
   for (std::size_t j = 0; j < cols; j += tileCols) {
     const std::size_t width = std::min(tileCols, cols - j);
-    packPanels(width, depth, b.from(0, j).transposed(), tileCols, packedB);
+    packColumns(width, depth, b.from(0, j), tileCols, copies, packedB);
     for (std::size_t i = 0; i < rows; i += tileRows) {
       addTile(depth, packedA + i * depth, packedB, c.from(i, j), std::min(tileRows, rows - i),
               width);
@@ -68,13 +84,14 @@ template <class T>
 void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<const T> a,
                     Grid<const T> b, T* c) {
   static_assert(kBlockRows % kMostTileRows == 0);
+  if (cols == 0) return;
   alignas(64) T packedA[kBlockRows * kBlockDepth];
   const Grid<T> result{c, 1, static_cast<std::ptrdiff_t>(rows)};
   for (std::size_t p = 0; p < depth; p += kBlockDepth) {
     const std::size_t deep = std::min(kBlockDepth, depth - p);
     for (std::size_t i = 0; i < rows; i += kBlockRows) {
       const std::size_t high = std::min(kBlockRows, rows - i);
-      packPanels(high, deep, a.from(i, p), productKernels<T>().tileRows, packedA);
+      packRows(high, deep, a.from(i, p), productKernels<T>().tileRows, packedA);
       addBlock(high, cols, deep, packedA, b.from(p, 0), result.from(i, 0));
     }
   }

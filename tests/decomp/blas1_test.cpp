@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
+#include <string>
 
 namespace {
 
@@ -119,6 +121,17 @@ TEST(Blas1, RefusesReorderedFusedAndOlderRoutines) {
   EXPECT_TRUE(refuses(&Table::dnrm2, normByRunningMaximum));
   EXPECT_TRUE(refuses(&Table::drotg, rotgOfEarlierReleases));
   EXPECT_TRUE(refuses(&Table::idamax, lastOfEquals));
+}
+
+TEST(Blas1, UsesTheSystemsRoutinesUnlessToldOtherwise) {
+  const char* wanted = std::getenv("KNOTWORK_BLAS");
+  const bool builtin = wanted != nullptr && std::string(wanted) == "builtin";
+  const Table* system = builtin ? nullptr : knotwork::blas1::systemTable();
+  const Table expected = system ? withReferenceBits(*system) : kBuiltin;
+  EXPECT_EQ(knotwork::blas1::active.dcopy, expected.dcopy);
+  EXPECT_EQ(knotwork::blas1::active.daxpy, expected.daxpy);
+  // A copy is a copy on every BLAS.
+  EXPECT_EQ(expected.dcopy != kBuiltin.dcopy, system != nullptr);
 }
 
 }  // namespace

@@ -67,7 +67,7 @@ TEST(MatrixProduct, SumsRunInIndexOrderInEveryShape) {
   }
 }
 
-// Forwards 0.0, backwards 1.0, in pairs 2.0; with an unrounded product 2^-60 more.
+// Forwards 0, backwards 1; with a product that is not rounded 2^-60 instead of 0.
 TEST(MatrixProduct, DataTellsTheOrderOfTheSum) {
   const double terms[] = {1.0, 1e17, -1e17, 0.0};
   const DoubleGenMat a(terms, 1, 4);

@@ -13,9 +13,11 @@ template <class T>
 struct ProductKernels {
   // A tile of the result, at most kMostTileRows x kMostTileCols.
   std::size_t tileRows, tileCols;
+  // How often each element stands in a packed b, one copy beside the other; at most kMostCopies.
+  std::size_t copies;
 
-  // c(i, j) += sum over p < depth of a[p * tileRows + i] b[p * tileCols + j] for all of one tile;
-  // c(i, j) is c[i + j * step].
+  // c(i, j) += sum over p < depth of a[p * tileRows + i] b[(p * tileCols + j) * copies] for all of
+  // one tile; c(i, j) is c[i + j * step].
   void (*addTile)(std::size_t depth, const T* a, const T* b, T* c, std::ptrdiff_t step);
 
   // y[i] += sum over j < count of columns[i + j * step] x[j] for i < rows: the product of a block
@@ -31,6 +33,7 @@ struct ProductKernels {
 
 inline constexpr std::size_t kMostTileRows = 16;
 inline constexpr std::size_t kMostTileCols = 4;
+inline constexpr std::size_t kMostCopies = 4;
 
 template <class T>
 const ProductKernels<T>& productKernels();

@@ -37,6 +37,9 @@ struct ProductLoops {
   static constexpr std::size_t kTileRows = 2 * kLanes;
   static constexpr std::size_t kTileCols = sizeof(void*) == 8 ? 4 : 2;
 
+  // AVX2 broadcasts as fast as it loads; before it, elements are best broadcast in memory.
+  static constexpr std::size_t kCopies = kLanes * sizeof(T) == 32 ? 1 : kLanes;
+
   static Lanes load(const T* p) {
     Lanes lanes;
     std::memcpy(&lanes, p, sizeof lanes);
@@ -60,12 +63,12 @@ struct ProductLoops {
       const Lanes aUpper = load(a);
       const Lanes aLower = load(a + kLanes);
       for (std::size_t j = 0; j < kTileCols; ++j) {
-        const Lanes factor = broadcast(b[j]);
+        const Lanes factor = kCopies == 1 ? broadcast(b[j]) : load(b + j * kCopies);
         upper[j] += aUpper * factor;
         lower[j] += aLower * factor;
       }
       a += kTileRows;
-      b += kTileCols;
+      b += kTileCols * kCopies;
     }
     for (std::size_t j = 0; j < kTileCols; ++j) {
       T* column = c + static_cast<std::ptrdiff_t>(j) * step;
@@ -111,39 +114,73 @@ struct ProductLoops {
     }
   }
 
-  // Dot products with kColumns columns, one in each lane of a plain array of sums.
-  template <std::size_t kColumns>
-  static void addSomeDots(std::size_t depth, const T* x, const T* columns, std::ptrdiff_t step,
+  // y[j] += sum over first <= i < depth of x[i] columns[i + j * step] for j < count.
+  static void addDots(std::size_t first, std::size_t depth, std::size_t count, const T* x,
+                      const T* columns, std::ptrdiff_t step, T* y) {
+    for (std::size_t j = 0; j < count; ++j) {
+      T sum = y[j];
+      for (std::size_t i = first; i < depth; ++i) sum = addProduct(sum, x[i], columns[i]);
+      y[j] = sum;
+      columns += step;
+    }
+  }
+
+  // Row l of the block becomes its column l, for a block of as many rows as lanes.
+  static void transpose(Lanes* rows) {
+    if constexpr (kLanes == 2) {
+      const Lanes first = __builtin_shufflevector(rows[0], rows[1], 0, 2);
+      rows[1] = __builtin_shufflevector(rows[0], rows[1], 1, 3);
+      rows[0] = first;
+    } else {
+      const Lanes even01 = __builtin_shufflevector(rows[0], rows[1], 0, 4, 2, 6);
+      const Lanes odd01 = __builtin_shufflevector(rows[0], rows[1], 1, 5, 3, 7);
+      const Lanes even23 = __builtin_shufflevector(rows[2], rows[3], 0, 4, 2, 6);
+      const Lanes odd23 = __builtin_shufflevector(rows[2], rows[3], 1, 5, 3, 7);
+      rows[0] = __builtin_shufflevector(even01, even23, 0, 1, 4, 5);
+      rows[1] = __builtin_shufflevector(odd01, odd23, 0, 1, 4, 5);
+      rows[2] = __builtin_shufflevector(even01, even23, 2, 3, 6, 7);
+      rows[3] = __builtin_shufflevector(odd01, odd23, 2, 3, 6, 7);
+    }
+  }
+
+  static constexpr std::size_t kDotGroups = 2;
+  static constexpr std::size_t kDotColumns = kDotGroups * kLanes;
+
+  // Dot products with kDotColumns columns, one in each lane; blocks of the columns are turned so
+  // that a register holds one row of them.
+  static void addLaneDots(std::size_t depth, const T* x, const T* columns, std::ptrdiff_t step,
                           T* y) {
-    T sums[kColumns];
-    std::memcpy(sums, y, sizeof sums);
-    for (std::size_t i = 0; i < depth; ++i) {
-      for (std::size_t j = 0; j < kColumns; ++j) {
-        sums[j] = addProduct(
-            sums[j], x[i],
-            columns[static_cast<std::ptrdiff_t>(i) + static_cast<std::ptrdiff_t>(j) * step]);
+    Lanes sums[kDotGroups];
+    for (std::size_t g = 0; g < kDotGroups; ++g) sums[g] = load(y + g * kLanes);
+    std::size_t i = 0;
+    for (; i + kLanes <= depth; i += kLanes) {
+      for (std::size_t g = 0; g < kDotGroups; ++g) {
+        Lanes block[kLanes];
+        for (std::size_t l = 0; l < kLanes; ++l) {
+          block[l] = load(columns + i + static_cast<std::ptrdiff_t>(g * kLanes + l) * step);
+        }
+        transpose(block);
+        for (std::size_t l = 0; l < kLanes; ++l) sums[g] += block[l] * broadcast(x[i + l]);
       }
     }
-    std::memcpy(y, sums, sizeof sums);
+    for (std::size_t g = 0; g < kDotGroups; ++g) store(y + g * kLanes, sums[g]);
+    addDots(i, depth, kDotColumns, x, columns, step, y);
   }
 
   static void addColumnDots(std::size_t depth, std::size_t count, const T* x, const T* columns,
                             std::ptrdiff_t step, T* y) {
-    constexpr std::size_t kTogether = 8;
-    for (; count >= kTogether; count -= kTogether) {
-      addSomeDots<kTogether>(depth, x, columns, step, y);
-      columns += static_cast<std::ptrdiff_t>(kTogether) * step;
-      y += kTogether;
+    if constexpr (std::is_same_v<T, double>) {
+      for (; count >= kDotColumns; count -= kDotColumns) {
+        addLaneDots(depth, x, columns, step, y);
+        columns += static_cast<std::ptrdiff_t>(kDotColumns) * step;
+        y += kDotColumns;
+      }
     }
-    for (; count > 0; --count) {
-      addSomeDots<1>(depth, x, columns, step, y);
-      columns += step;
-      ++y;
-    }
+    addDots(0, depth, count, x, columns, step, y);
   }
 
-  static constexpr ProductKernels<T> kTable = {kTileRows, kTileCols, addTile, addColumns,
-                                               addColumnDots};
+  static constexpr ProductKernels<T> kTable = {kTileRows, kTileCols,  kCopies,
+                                               addTile,   addColumns, addColumnDots};
 };
 
 }  // namespace

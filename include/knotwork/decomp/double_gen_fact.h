@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+// LU factorisation with partial pivoting.
+#pragma once
+
+#include "knotwork/matrix/double_gen_mat.h"
+#include "knotwork/vector/int_vec.h"
+
+/// P A = L U for a square matrix A, with an estimate of the reciprocal condition if wanted.
+///
+/// A singular matrix is no error when it is factored: `isSingular` tells it, and `solve` and
+/// `inverse` report it. Copy construction shares factors and pivots; assignment copies each into
+/// the existing elements and reports where dimensions or lengths differ (0x4004, 0x300F). When
+/// memory for a factorisation cannot be had, 0x3008 is reported and the object is 0 x 0.
+///
+/// Source: LINPACK Users' Guide (1979), ch. 1: DGEFA, DGECO, DGESL and DGEDI.
+class KNOTWORK_API DoubleGenFact {
+ public:
+  /// 0 x 0, condition not calculated.
+  DoubleGenFact();
+  /// `factor(A, estimateCondition)`.
+  explicit DoubleGenFact(const DoubleGenMat& A, int estimateCondition = 1);
+
+  /// Factors a copy of A. Reports 0x500D if A is not square; should the handler return, the leading
+  /// square block of order min(rows, cols) is factored.
+  ///
+  /// @param estimateCondition  0 leaves the estimate out: then only an exactly zero pivot makes the
+  ///                           factorisation singular.
+  void factor(const DoubleGenMat& A, int estimateCondition = 1);
+
+  /// @return number of rows of the factored matrix.
+  unsigned rows() const { return factors_.rows(); }
+  /// @return number of columns of the factored matrix.
+  unsigned cols() const { return factors_.cols(); }
+  /// @return U in and above the diagonal, below it the negated multipliers, each in the row where
+  /// it was made; a copy of it is a view.
+  const DoubleGenMat& factors() const { return factors_; }
+  /// @return view on the pivots: the row, counted from 1, that each step brought to its diagonal.
+  IntVec pivots() const { return pivots_; }
+
+  /// @return whether 1 plus the reciprocal condition is 1.
+  bool isSingular() const { return 1.0 + condition_ == 1.0; }
+  /// @return whether the factorisation is 0 x 0 or singular.
+  bool fail() const { return order() == 0 || isSingular(); }
+  /// @return the negation of `fail`.
+  bool good() const { return !fail(); }
+  /// @return estimate of 1 / (||A|| ||A^-1||), 1-norm, from 0 to 1; without the estimate 0 for a
+  /// zero pivot, and -1 otherwise. Reports 0x5001, a warning, for a negative one.
+  double condition() const;
+
+  /// Solution of A x = b.
+  ///
+  /// @param b  right-hand side of the order's length, any stride.
+  /// @return   new vector; an empty one if b's length is wrong.
+  /// Reports   0x5002 if b's length is not the order; 0x5011 if the order is 0 or the factorisation
+  ///           singular, and solves all the same.
+  DoubleVec solve(const DoubleVec& b) const;
+  /// @return the determinant, 0 for a 0 x 0 factorisation; it may be infinite or 0 where the true
+  /// one is out of range.
+  double determinant() const;
+  /// @return new matrix A^-1. Reports 0x5011 if the order is 0 or the factorisation singular, and
+  /// inverts all the same.
+  DoubleGenMat inverse() const;
+
+ protected:
+  /// Factors the matrix that stands in place of the factors.
+  void dofactor(int estimateCondition);
+  /// DGEDI with this object's pivots on the elements of a, which is written through.
+  ///
+  /// @param job  10 determinant, 1 inverse in place of a, 11 both.
+  /// @param det  mantissa, 1 <= |det[0]| < 10 or 0, and exponent; the last argument is not used.
+  void calldi(const DoubleGenMat& a, int job, double* det, int*) const;
+
+  DoubleGenMat factors_;
+  IntVec pivots_;
+  double condition_ = -1.0;
+
+ private:
+  unsigned order() const;
+  bool pivotsAreRows() const;
+  void checkFactored() const;
+};

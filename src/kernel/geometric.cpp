@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// AP_GEOMETRIC: the control-point array and its box.
+#include "knotwork/kernel/geometric.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "kernel/storage.h"
+
+AP_GEOMETRIC::AP_GEOMETRIC(int dim)
+    : cv_(nullptr), count_(0), dim_(std::clamp(dim, 0, INT_MAX - 1)), box_(dim_), boxValid_(0) {}
+
+AP_GEOMETRIC::~AP_GEOMETRIC() { delete[] cv_; }
+
+double* AP_GEOMETRIC::CV() { return cv_; }
+
+const double* AP_GEOMETRIC::CV() const { return cv_; }
+
+int AP_GEOMETRIC::Capacity() const { return count_; }
+
+int AP_GEOMETRIC::Dim() const { return dim_; }
+
+bool AP_GEOMETRIC::allocate(long long points, int coords, long long spare) {
+  if (points < 0 || points > INT_MAX) return false;
+  auto grown =
+      knotwork::detail::tryArray<double>(knotwork::detail::sizeProduct(points + spare, coords));
+  if (!grown) return false;
+  delete[] cv_;
+  cv_ = grown.release();
+  count_ = static_cast<int>(points);
+  return true;
+}
+
+bool AP_GEOMETRIC::reserve(long long points, long long kept, int coords, int step,
+                           long long spare) {
+  if (points <= count_) return true;
+  const long long steps = (points - count_ + step - 1) / step;
+  double* const old = cv_;
+  cv_ = nullptr;
+  if (!allocate(count_ + steps * step, coords, spare)) {
+    cv_ = old;
+    return false;
+  }
+  std::copy_n(old, kept * coords, cv_);
+  delete[] old;
+  return true;
+}
+
+void AP_GEOMETRIC::write(std::ptrdiff_t at, std::ptrdiff_t doubles, const double* values, int n) {
+  if (values && n > 0 && at < doubles) {
+    std::copy_n(values, std::min<std::ptrdiff_t>(n, doubles - at), cv_ + at);
+  }
+}
+
+AP_MMBOX& AP_GEOMETRIC::bound(std::ptrdiff_t points, int coords, int force) {
+  if (boxValid_ && !force) return box_;
+  const int rational = coords > dim_;
+  if (points > 0) box_.init(cv_, rational);
+  for (std::ptrdiff_t i = 1; i < points; ++i) box_.extend(cv_ + i * coords, rational);
+  boxValid_ = 1;
+  return box_;
+}

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// Walking the chains of kernel records: reading that trusts no count, writing that shares repeated
+// knots.
+#pragma once
+
+#include "knotwork/kernel/knot_record.h"
+#include "knotwork/platform/kernel/builders.h"
+
+namespace knotwork::detail {
+
+/// @return the number of knots of a record.
+inline int knotCount(const KnotRecord& knots) { return knots.last() - knots.first() + 1; }
+
+/// @return whether `count` nodes follow one another along `next`, each with its array `value`.
+template <class Node, class Value>
+bool chainHolds(const Node* node, Node* Node::*next, Value Node::*value, long long count) {
+  for (; count > 0; --count, node = node->*next) {
+    if (!node || !(node->*value)) return false;
+  }
+  return true;
+}
+
+/// Copies `count` knots out of a chain that holds them.
+template <class Node>
+void readKnots(const Node* node, Node* Node::*next, double* Node::*value, double* knots,
+               int count) {
+  for (int k = 0; k < count; ++k, node = node->*next) knots[k] = *(node->*value);
+}
+
+/// Gives the nodes of a chain their values: repeated knots share the cell of their predecessor.
+/// @return false if the chain ends early or a cell cannot be had.
+template <class Node>
+bool writeKnots(Node* node, Node* Node::*next, double* Node::*value, const KnotRecord& knots) {
+  double* cell = nullptr;
+  for (int k = knots.first(); k <= knots.last(); ++k, node = node->*next) {
+    if (!node) return false;
+    if (!knots.repeats(k)) cell = ag_al_dbl(1);
+    if (!cell) return false;
+    node->*value = cell;
+    *cell = knots(k);
+  }
+  return true;
+}
+
+}  // namespace knotwork::detail
