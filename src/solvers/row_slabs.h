@@ -9,14 +9,15 @@
 namespace knotwork::detail {
 
 // Calls change(i, row) for every row i and stores what it leaves in `row`, a contiguous copy. Rows
-// come in slabs, which are copied in and out column by column.
+// come in slabs, which are copied in and out column by column. @return false, with nothing done, if
+// there is no memory for a slab.
 template <class Change>
-void changeRows(DoubleGenMat& a, Change change) {
+bool changeRows(DoubleGenMat& a, Change change) {
   constexpr int kSlab = 32;
   const int rows = static_cast<int>(a.rows());
   const int cols = static_cast<int>(a.cols());
   DoubleGenMat slab(a.cols(), kSlab);  // row t of the slab is column t here
-  if (slab.cols() != kSlab) return;
+  if (slab.cols() != kSlab) return false;
   for (int first = 0; first < rows; first += kSlab) {
     const int count = std::min(kSlab, rows - first);
     for (int j = 0; j < cols; ++j) {
@@ -32,6 +33,7 @@ void changeRows(DoubleGenMat& a, Change change) {
       for (int t = 0; t < count; ++t) column[t] = slab.ref(j, t);
     }
   }
+  return true;
 }
 
 }  // namespace knotwork::detail

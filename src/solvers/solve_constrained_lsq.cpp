@@ -57,11 +57,13 @@ int TsolveConstrainedLsq::realSetMatrix(const DoubleGenMat& a, const IntVec& fix
                                         int constraintRows, bool normalise, bool cleanZeros,
                                         bool findCutoff) {
   const auto signedSize = [](unsigned n) { return static_cast<int>(n); };
+  const unsigned givenRows = a.rows(), givenCols = a.cols();
   constraintRows_ = std::clamp(constraintRows, 0, signedSize(a.rows()));
   dependent_ = true;
   // The new copy first: the matrix given may be one of this solver's own.
   if (&a != &keptMatrix_) keptMatrix_.reference(DoubleGenMat());
   matrix_.reference(a.copy());
+  const bool isCopied = matrix_.rows() == givenRows && matrix_.cols() == givenCols;
   if (findCutoff) {
     DoubleVec elements = matrix_.dataVec();
     if (cleanZeros) elements.clampZero(kFirstClamp);
@@ -74,7 +76,8 @@ int TsolveConstrainedLsq::realSetMatrix(const DoubleGenMat& a, const IntVec& fix
   const int rows = signedSize(matrix_.rows());
   const int cols = signedSize(matrix_.cols());
   constraintRows_ = rows < cols ? rows : std::min(constraintRows_, cols);
-  factor();
+  // Where memory ran out the system stays dependent.
+  if (isCopied && isNormalised_ == normalise) factor();
   return dependent_ ? kNotSolvable : kSolved;
 }
 

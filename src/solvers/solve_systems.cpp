@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "solvers/row_slabs.h"
+#include "solvers/whole_matrix.h"
 
 namespace detail = knotwork::detail;
 
@@ -61,6 +62,15 @@ bool acceptTolerance(const DoubleGenMat& a, double cutoff, double& tolerance,
   return isUsable;
 }
 
+// The first of the smallest; a NaN in the first place stays.
+int smallestMagnitude(const DoubleVec& v) {
+  int smallest = 0;
+  for (int i = 1; i < static_cast<int>(v.length()); ++i) {
+    if (std::abs(v(i)) < std::abs(v(smallest))) smallest = i;
+  }
+  return smallest;
+}
+
 // Keeps the leading entries of a row, but gives the diagonal entry the places of the smallest ones
 // below it: one after the other, as many as there are other entries.
 void keepLeadingEntries(DoubleVec& row, int diagonal, const DoubleVec& slots, IntVec& places) {
@@ -74,7 +84,7 @@ void keepLeadingEntries(DoubleVec& row, int diagonal, const DoubleVec& slots, In
   if (diagonal < n) {
     const double candidate = row(diagonal);
     for (int turn = kept; turn < n; ++turn) {
-      const int smallest = minIndex(abs(values));
+      const int smallest = smallestMagnitude(values);
       if (!(std::abs(values(smallest)) < candidate)) break;
       values(smallest) = candidate;
       places(smallest) = diagonal;
@@ -105,8 +115,9 @@ void TsolveSystems::deepenShallowCopy() { TbaseSolver::deepenShallowCopy(); }
 bool TsolveSystems::findZero(const DoubleGenMat& a, const IntVec& fixedCols, IntVec& usedRows,
                              IntVec& usedCols, double tolerance) {
   if (a.rows() == 0 || a.cols() == 0) return false;
-  usedCols.reference(findColumns(a, fixedCols, tolerance));
-  usedRows.reference(findRows(a, tolerance));
+  const DoubleGenMat whole = detail::isWhole(a) ? a : a.copy();
+  usedCols.reference(findColumns(whole, fixedCols, tolerance));
+  usedRows.reference(findRows(whole, tolerance));
   return true;
 }
 
@@ -126,7 +137,8 @@ void TsolveSystems::resetMatrix() {
     return;
   }
   DoubleGenMat reduced(rows, cols);
-  for (int j = 0; j < static_cast<int>(reduced.cols()); ++j) {
+  if (reduced.rows() != rows || reduced.cols() != cols) return;
+  for (int j = 0; j < static_cast<int>(cols); ++j) {
     const DoubleVec from = matrix_.col(usedColIndex_(j));
     DoubleVec to = reduced.col(j);
     for (int i = 0; i < static_cast<int>(rows); ++i) to(i) = from(usedRowIndex_(i));
@@ -146,7 +158,7 @@ void TsolveSystems::zeroOutCount() {
 void TsolveSystems::tryNormalise() {
   rhsMult_.reference(DoubleVec(matrix_.rows(), 0.0));
   if (rhsMult_.length() != matrix_.rows()) return;
-  detail::changeRows(matrix_, [this](int i, DoubleVec& row) {
+  isNormalised_ = detail::changeRows(matrix_, [this](int i, DoubleVec& row) {
     const double length = row.vecLen();
     if (length <= 0) {
       row = 0.0;
@@ -155,7 +167,6 @@ void TsolveSystems::tryNormalise() {
       row *= 1 / length;
     }
   });
-  isNormalised_ = true;
 }
 
 void TsolveSystems::preSetMatrix(const IntVec& fixedCols, double cutoff, bool normalise,

@@ -2,15 +2,19 @@
 // Least squares on grids: one direction after the other.
 #include "knotwork/solvers/solve_tensor_product_lsq.h"
 
+#include <utility>
+
 #include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/matrix/int_gen_mat.h"
 #include "knotwork/solvers/solve_codes.h"
 #include "knotwork/solvers/solve_constrained_lsq.h"
 #include "knotwork/vector/double_vec_pick.h"
+#include "solvers/whole_matrix.h"
 
 using knotwork::kBadArgument;
 using knotwork::kNotSolvable;
 using knotwork::kSolved;
+namespace detail = knotwork::detail;
 
 namespace {
 
@@ -23,8 +27,10 @@ int solveRows(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides, Dou
   const TtupleVector rhs(dimension, flat);
   TtupleVector solved(dimension, static_cast<int>(x.cols()), 0.0);
   const int code = solver.solve(rhs, &solved, false);
-  if (code == kSolved) x.dataVec() = solved;
-  return code;
+  if (code != kSolved) return code;
+  if (solved.length() != x.dataVec().length()) return kBadArgument;
+  x.dataVec() = solved;
+  return kSolved;
 }
 
 // The same for columns.
@@ -46,9 +52,11 @@ bool haveSameShape(const A& a, const B& b) {
   return a.rows() == b.rows() && a.cols() == b.cols();
 }
 
-bool areShapesRight(const DoubleGenMat& u, const DoubleGenMat& v, unsigned dataRows,
-                    unsigned dataCols, unsigned rows, unsigned cols) {
-  return u.cols() == rows && v.cols() == cols && u.rows() == dataRows && v.rows() == dataCols;
+// Whether the matrices and the mask hold all their elements and belong to unknowns of the shape.
+bool areWholeAndFit(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
+                    unsigned rows, unsigned cols) {
+  return detail::isWhole(u) && detail::isWhole(v) && detail::isWhole(fixed) && u.cols() == rows &&
+         v.cols() == cols && fixed.rows() == rows && fixed.cols() == cols;
 }
 
 DoubleGenMat pickColumns(const DoubleGenMat& a, const IntVec& which) {
@@ -60,12 +68,11 @@ DoubleGenMat pickColumns(const DoubleGenMat& a, const IntVec& which) {
   return picked;
 }
 
-// x(i, j) = value(i, j) where the mask says `isFixed`
-template <class Value>
-void setWhere(const IntGenMat& fixed, bool isFixed, DoubleGenMat& x, Value value) {
+// x(i, j) = values(i, j) where the mask says `isFixed`
+void setWhere(const IntGenMat& fixed, bool isFixed, DoubleGenMat& x, const DoubleGenMat& values) {
   for (int j = 0; j < static_cast<int>(x.cols()); ++j) {
     for (int i = 0; i < static_cast<int>(x.rows()); ++i) {
-      if ((fixed(i, j) == 1) == isFixed) x(i, j) = value(i, j);
+      if ((fixed(i, j) == 1) == isFixed) x(i, j) = values(i, j);
     }
   }
 }
@@ -91,19 +98,97 @@ int setFreeColumns(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const In
   return solver.setMatrix(pickColumns(u, freeRows), 0, false, false, false);
 }
 
-// The free unknowns of one column of the result.
-int solveColumn(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& mask,
-                const DoubleVec& data, DoubleVec& x) {
+// The components of a grid, side by side in one matrix.
+class Components {
+ public:
+  Components(const DoubleGenMat& all, int count)
+      : all_(all), count_(count), cols_(all.cols() / static_cast<unsigned>(count)) {}
+
+  int count() const { return count_; }
+  bool haveShape(unsigned rows, unsigned cols) const {
+    return all_.rows() == rows && cols_ == cols && detail::isWhole(all_);
+  }
+  // View on component c.
+  DoubleGenMat operator[](int c) {
+    const unsigned size = all_.rows() * cols_;
+    const DoubleVec part = all_.dataVec().slice(c * static_cast<int>(size), size, 1);
+    return DoubleGenMat(part, all_.rows(), cols_);
+  }
+  Components zeros() const { return {DoubleGenMat(all_.rows(), all_.cols(), 0.0), count_}; }
+
+ private:
+  DoubleGenMat all_;
+  int count_;
+  unsigned cols_;
+};
+
+int solveAllFree(TsolveTensorProductLsq& solver, const DoubleGenMat& u, const DoubleGenMat& v,
+                 Components& b, Components& x) {
+  int code = solver.setMatrix(u, v, 0, 0, false, false, false, false, false, false);
+  for (int c = 0; c < x.count() && code == kSolved; ++c) {
+    DoubleGenMat component = x[c];
+    code = solver.solve(b[c], &component);
+  }
+  return code;
+}
+
+// What the prescribed unknowns leave of the data, solved for in the second direction.
+int solveSecondDirection(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const DoubleGenMat& v,
+                         const IntGenMat& fixed, Components& b, Components& x,
+                         Components& between) {
+  int code = solver.setMatrix(v, 0, false, false, false);
+  for (int c = 0; c < b.count() && code == kSolved; ++c) {
+    const DoubleGenMat values = x[c];
+    DoubleGenMat prescribed(values.rows(), values.cols(), 0.0);
+    if (!haveSameShape(prescribed, values)) return kBadArgument;
+    setWhere(fixed, true, prescribed, values);
+    DoubleGenMat solved = between[c];
+    code = solveRows(solver, b[c] - transProduct(product(u, prescribed), v), solved);
+  }
+  return code;
+}
+
+// Column j of the free unknowns of all components: their matrix is the same.
+int solveColumn(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& mask, int j,
+                Components& between, Components& solved) {
   const IntVec fixedRows = mask.valueIndex(1);
   const IntVec freeRows = mask.nonValueIndex(1);
   if (freeRows.length() == 0 && fixedRows.length() > 0) return kSolved;
   bool isReduced = false;
   int code = setFreeColumns(solver, u, fixedRows, freeRows, isReduced);
-  if (code != kSolved) return code;
-  if (!isReduced) return solver.solve(data, &x, false);
-  DoubleVec freeUnknowns(freeRows.length(), 0.0);
-  code = solver.solve(data, &freeUnknowns, false);
-  if (code == kSolved) x.vecPick(freeRows) = freeUnknowns;
+  for (int c = 0; c < solved.count() && code == kSolved; ++c) {
+    DoubleVec x = solved[c].col(j);
+    DoubleVec unknowns = isReduced ? DoubleVec(freeRows.length(), 0.0) : x;
+    code = solver.solve(between[c].col(j), &unknowns, false);
+    if (isReduced && code == kSolved) x.vecPick(freeRows) = unknowns;
+  }
+  return code;
+}
+
+// Leaves x as it is unless the code is 0.
+int solvePrescribed(TsolveTensorProductLsq& solver, TsolveConstrainedLsq& solverInU,
+                    TsolveConstrainedLsq& solverInV, const DoubleGenMat& u, const DoubleGenMat& v,
+                    const IntGenMat& fixed, Components& b, Components& x) {
+  Components solved = x.zeros();
+  const unsigned all = fixed.cols() * static_cast<unsigned>(x.count());
+  Components between(DoubleGenMat(u.rows(), all), x.count());
+  if (!b.haveShape(u.rows(), v.rows()) || !between.haveShape(u.rows(), v.cols()) ||
+      !x.haveShape(u.cols(), v.cols()) || !solved.haveShape(u.cols(), v.cols())) {
+    return kBadArgument;
+  }
+  int code;
+  if (fixed.dataVec().countValue(1) == 0) {
+    code = solveAllFree(solver, u, v, b, solved);
+  } else {
+    code = solveSecondDirection(solverInV, u, v, fixed, b, x, between);
+    for (int j = 0; j < static_cast<int>(fixed.cols()) && code == kSolved; ++j) {
+      code = solveColumn(solverInU, u, fixed.col(j), j, between, solved);
+    }
+  }
+  for (int c = 0; c < x.count() && code == kSolved; ++c) {
+    DoubleGenMat result = x[c];
+    setWhere(fixed, false, result, solved[c]);
+  }
   return code;
 }
 
@@ -131,6 +216,7 @@ int TsolveTensorProductLsq::solve(const DoubleGenMat& b, DoubleGenMat* x) const 
   if (x == nullptr) return kBadArgument;
   if (b.rows() == 0 && x->cols() == 0) return kNotSolvable;
   if (!fits(*u_, x->rows()) || !fits(*v_, x->cols())) return kBadArgument;
+  if (!detail::isWhole(*x)) return kBadArgument;
   DoubleGenMat between(b.rows(), x->cols(), 0.0);
   const int code = solveRows(*v_, b, between);
   return code == kSolved ? solveColumns(*u_, between, *x) : code;
@@ -152,41 +238,27 @@ int TsolveTensorProductLsq::solve(const TtupleMatrix& b, TtupleMatrix* x) const 
 int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat& v,
                                        const IntGenMat& fixed, const DoubleGenMat& b,
                                        DoubleGenMat* x) {
-  if (x == nullptr || !haveSameShape(fixed, *x)) return kBadArgument;
-  if (!areShapesRight(u, v, b.rows(), b.cols(), x->rows(), x->cols())) return kBadArgument;
-  DoubleGenMat solved(x->rows(), x->cols(), 0.0);
-  if (fixed.dataVec().countValue(1) == 0) {
-    int code = setMatrix(u, v, 0, 0, false, false, false, false, false, false);
-    if (code == kSolved) code = solve(b, &solved);
-    if (code == kSolved) *x = solved;
-    return code;
-  }
-  DoubleGenMat prescribed(x->rows(), x->cols(), 0.0);
-  setWhere(fixed, true, prescribed, [x](int i, int j) { return x->val(i, j); });
-  const DoubleGenMat remainder = b - transProduct(product(u, prescribed), v);
-  DoubleGenMat between(b.rows(), x->cols(), 0.0);
-  int code = v_->setMatrix(v, 0, false, false, false);
-  if (code == kSolved) code = solveRows(*v_, remainder, between);
-  for (int j = 0; j < static_cast<int>(x->cols()) && code == kSolved; ++j) {
-    DoubleVec unknowns = solved.col(j);
-    code = solveColumn(*u_, u, fixed.col(j), between.col(j), unknowns);
-  }
-  if (code != kSolved) return code;
-  setWhere(fixed, false, *x, [&solved](int i, int j) { return solved.val(i, j); });
-  return kSolved;
+  if (x == nullptr || !areWholeAndFit(u, v, fixed, x->rows(), x->cols())) return kBadArgument;
+  Components data(b, 1), unknowns(*x, 1);
+  return solvePrescribed(*this, *u_, *v_, u, v, fixed, data, unknowns);
 }
 
 int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat& v,
                                        const IntGenMat& fixed, const TtupleMatrix& b,
                                        TtupleMatrix* x) {
   if (x == nullptr || b.size() != x->size()) return kBadArgument;
-  TtupleMatrix solved = x->copy();
-  for (int c = 0; c < x->size(); ++c) {
-    DoubleGenMat values = x->component(c).copy();
-    const int code = solveFixed(u, v, fixed, b.component(c), &values);
-    if (code != kSolved) return code;
-    solved.setComponent(c, values);
+  const auto count = static_cast<unsigned>(b.size());
+  const auto rows = static_cast<unsigned>(x->rows()), cols = static_cast<unsigned>(x->cols());
+  const auto dataRows = static_cast<unsigned>(b.rows()), dataCols = static_cast<unsigned>(b.cols());
+  if (!areWholeAndFit(u, v, fixed, rows, cols)) return kBadArgument;
+  Components data(DoubleGenMat(dataRows, dataCols * count), b.size());
+  Components unknowns(DoubleGenMat(rows, cols * count), b.size());
+  if (!data.haveShape(dataRows, dataCols) || !unknowns.haveShape(rows, cols)) return kBadArgument;
+  for (int c = 0; c < b.size(); ++c) {
+    data[c] = b.component(c);
+    unknowns[c] = std::as_const(*x).component(c);
   }
-  *x = solved;
-  return kSolved;
+  const int code = solvePrescribed(*this, *u_, *v_, u, v, fixed, data, unknowns);
+  for (int c = 0; c < b.size() && code == kSolved; ++c) x->setComponent(c, unknowns[c]);
+  return code;
 }

@@ -85,8 +85,8 @@ TEST(HouseholderBits, SignedZerosAndTinyAndHugeEntries) {
   const double inputs[] = {-0.0, 1e-160, 1e-310, 1e120, 1e200, -1e308};
   for (const double input : inputs) {
     for (const double tolerance : {0.0, 1e-10}) {
-      DoubleGenMat a = splineSystem(random, 40, 4, 12);
-      for (int turn = 0; turn < 30; ++turn) a(random.below(44), random.below(12)) = input;
+      DoubleGenMat a = splineSystem(random, 150, 4, 30);
+      for (int turn = 0; turn < 90; ++turn) a(random.below(154), random.below(30)) = input;
       SCOPED_TRACE(input);
       expectSameBits(a, 4, tolerance, random);
       a *= input;  // all of them

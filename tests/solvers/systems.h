@@ -15,7 +15,9 @@ namespace knotwork::test {
 class Random {
  public:
   explicit Random(unsigned seed) : engine_(seed) {}
-  double uniform(double from, double to) { return from + (to - from) * (static_cast<double>(engine_()) / 4294967296.0); }
+  double uniform(double from, double to) {
+    return from + (to - from) * (static_cast<double>(engine_()) / 4294967296.0);
+  }
   int below(int n) { return static_cast<int>(engine_() % static_cast<unsigned>(n)); }
 
  private:
