@@ -14,6 +14,9 @@ set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
 add_library(knotwork_build_options INTERFACE)
 # Bits: no contraction, no reassociation, and doubles are never kept in wider registers.
 target_compile_options(knotwork_build_options INTERFACE -ffp-contract=off)
+# Square roots are the processor's own, correctly rounded; a C library may take them twice rounded, as
+# 32-bit ones do through x87 registers. Without errno to set, none is called.
+target_compile_options(knotwork_build_options INTERFACE -fno-math-errno)
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86|x86_64|AMD64)$")
   target_compile_options(knotwork_build_options INTERFACE -msse2 -mfpmath=sse)
 endif()

@@ -7,9 +7,6 @@
 #include "knotwork/platform/foundation/4d_dbl_point.h"
 #include "knotwork/platform/kernel/accessors.h"
 
-TagRw::TagRw() = default;
-TagRw::~TagRw() = default;
-
 namespace {
 
 // How many elements to copy when `count` are asked for; all of v for a negative count.
@@ -59,8 +56,8 @@ void TagRw::T4dDblPointToAg(const T4dDblPoint& p, double* a, int dim, int ration
 
 bool TagRw::polyMultiply(const DoubleVec& a, const DoubleVec& b, DoubleVec& c) {
   // Views: c may be one of the two, and is about to get other storage.
-  const DoubleVec p = a;
-  const DoubleVec q = b;
+  const DoubleVec p = a.slice(0, a.length(), 1);
+  const DoubleVec q = b.slice(0, b.length(), 1);
   const unsigned terms = p.length() + q.length();
   const unsigned needed = terms > 0 ? terms - 1 : 0;
   const bool resized = c.length() != needed;

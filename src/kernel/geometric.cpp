@@ -8,7 +8,12 @@
 #include "kernel/storage.h"
 
 AP_GEOMETRIC::AP_GEOMETRIC(int dim)
-    : cv_(nullptr), count_(0), dim_(std::clamp(dim, 0, INT_MAX - 1)), box_(dim_), boxValid_(0) {}
+    : cv_(nullptr),
+      spare_(0),
+      count_(0),
+      dim_(std::clamp(dim, 0, INT_MAX - 1)),
+      box_(dim_),
+      boxValid_(0) {}
 
 AP_GEOMETRIC::~AP_GEOMETRIC() { delete[] cv_; }
 
@@ -22,11 +27,12 @@ int AP_GEOMETRIC::Dim() const { return dim_; }
 
 bool AP_GEOMETRIC::allocate(long long points, int coords, long long spare) {
   if (points < 0 || points > INT_MAX) return false;
-  auto grown =
-      knotwork::detail::tryArray<double>(knotwork::detail::sizeProduct(points + spare, coords));
+  const long long size = knotwork::detail::sizeProduct(points, coords);
+  auto grown = knotwork::detail::tryArray<double>(size < 0 ? -1 : size + spare);
   if (!grown) return false;
   delete[] cv_;
   cv_ = grown.release();
+  spare_ = static_cast<std::ptrdiff_t>(size);
   count_ = static_cast<int>(points);
   return true;
 }
@@ -45,6 +51,8 @@ bool AP_GEOMETRIC::reserve(long long points, long long kept, int coords, int ste
   delete[] old;
   return true;
 }
+
+double* AP_GEOMETRIC::spare() const { return cv_ + spare_; }
 
 void AP_GEOMETRIC::write(std::ptrdiff_t at, std::ptrdiff_t doubles, const double* values, int n) {
   if (values && n > 0 && at < doubles) {

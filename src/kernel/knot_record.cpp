@@ -67,8 +67,8 @@ void KnotRecord::mark(int from, int to) {
 
 int KnotRecord::span(double t) const {
   if (spans_ < 2) return 0;
-  const int j = detail::knotsUpTo(at(1), spans_ - 1, t);
-  return degree_ == 0 ? j : detail::nearestSpan(at(0), spans_, j);
+  return degree_ == 0 ? detail::knotsUpTo(at(1), spans_ - 1, t)
+                      : detail::findSpan(at(0), spans_, t);
 }
 
 bool KnotRecord::contains(double t) const {

@@ -9,30 +9,60 @@ namespace knotwork::detail {
 
 namespace {
 
-// x -= factor * y over the coordinates of a point.
-void subtract(double* x, double factor, const double* y, int dim) {
-  for (int c = 0; c < dim; ++c) x[c] -= factor * y[c];
+constexpr int kRows = 32;
+
+struct Pascal {
+  double row[kRows][kRows] = {};
+  constexpr Pascal() {
+    for (int n = 0; n < kRows; ++n) {
+      row[n][0] = 1.0;
+      for (int k = 1; k <= n; ++k) row[n][k] = row[n - 1][k - 1] + (k < n ? row[n - 1][k] : 0.0);
+    }
+  }
+};
+
+constexpr Pascal kPascal;
+
+double binomial(int n, int k) {
+  if (n < kRows) return kPascal.row[n][k];
+  double product = 1.0;
+  for (int i = 1; i <= k; ++i) product = product * (n - k + i) / i;
+  return product;
+}
+
+// kDim is the dimension where it is known at compile time, else 0.
+template <int kDim>
+void divideOut(double* out, int anyDim, int uOrder, int vOrder) {
+  const int dim = kDim != 0 ? kDim : anyDim;
+  const auto block = [=](int i, int j) {
+    return out + (static_cast<std::ptrdiff_t>(uOrder + 1) * j + i) * (dim + 1);
+  };
+  const double weight = out[dim];
+  for (int j = 0; j <= vOrder; ++j) {
+    for (int i = 0; i <= uOrder; ++i) {
+      double* const point = block(i, j);
+      for (int b = 0; b <= j; ++b) {
+        for (int a = b == 0 ? 1 : 0; a <= i; ++a) {
+          const double factor = binomial(j, b) * binomial(i, a) * block(a, b)[dim];
+          const double* const lower = block(i - a, j - b);
+          for (int c = 0; c < dim; ++c) point[c] -= factor * lower[c];
+        }
+      }
+      for (int c = 0; c < dim; ++c) point[c] /= weight;
+    }
+  }
 }
 
 }  // namespace
 
 void quotientRule(double* out, int dim, int uOrder, int vOrder) {
-  const auto block = [=](int i, int j) {
-    return out + (static_cast<std::ptrdiff_t>(uOrder + 1) * j + i) * (dim + 1);
-  };
-  const double weight = block(0, 0)[dim];
-  for (int j = 0; j <= vOrder; ++j) {
-    for (int i = 0; i <= uOrder; ++i) {
-      double* const point = block(i, j);
-      double cj = 1.0;  // C(j, b): each factor follows from the one before, exactly below 2^53
-      for (int b = 0; b <= j; cj = cj * (j - b) / (b + 1), ++b) {
-        double ci = 1.0;  // C(i, a)
-        for (int a = 0; a <= i; ci = ci * (i - a) / (a + 1), ++a) {
-          if (a + b > 0) subtract(point, cj * ci * block(a, b)[dim], block(i - a, j - b), dim);
-        }
-      }
-      for (int c = 0; c < dim; ++c) point[c] /= weight;
-    }
+  switch (dim) {
+    case 2:
+      return divideOut<2>(out, dim, uOrder, vOrder);
+    case 3:
+      return divideOut<3>(out, dim, uOrder, vOrder);
+    default:
+      return divideOut<0>(out, dim, uOrder, vOrder);
   }
 }
 

@@ -8,15 +8,21 @@
 
 namespace knotwork::detail {
 
-/// @return how many of n non-decreasing knots are <= t.
+/// @return how many of n non-decreasing knots are <= t: by bisection, and by counting where few are
+/// left.
+///         No step branches on t, since scattered parameters would mislead every guess of the
+///         processor.
 inline int knotsUpTo(const double* knots, int n, double t) {
+  constexpr int kFew = 16;
   const double* base = knots;
-  while (n > 1) {
+  while (n > kFew) {
     const int half = n / 2;
-    base += base[half - 1] <= t ? half : 0;
+    base += half & -static_cast<int>(base[half - 1] <= t);
     n -= half;
   }
-  return static_cast<int>(base - knots) + (n == 1 && *base <= t ? 1 : 0);
+  int count = static_cast<int>(base - knots);
+  for (int i = 0; i < n; ++i) count += base[i] <= t;
+  return count;
 }
 
 /// @param knot  knot 0 of a record of degree > 0 with n spans. @return the span of t nearest to j
@@ -29,6 +35,19 @@ inline int nearestSpan(const double* knot, int n, int j) {
   for (k = j; k < n - 1 && !(knot[k] < knot[k + 1]); ++k) {
   }
   return k;
+}
+
+/// @param knot  knot 0 of a record of degree > 0 with n spans. @return the span of t: where even
+/// knots
+///              would have it, if that is right, else by bisection.
+inline int findSpan(const double* knot, int n, double t) {
+  const double place = (t - knot[0]) / (knot[n] - knot[0]) * n;
+  if (place >= 0.0 && place < n) {
+    const int j = static_cast<int>(place);
+    if (knot[j] <= t && t < knot[j + 1]) return j;
+  }
+  const int j = knotsUpTo(knot + 1, n - 1, t);
+  return knot[j] < knot[j + 1] ? j : nearestSpan(knot, n, j);
 }
 
 /// A span seen from one of its ends: knot[step * x] is the x-th knot from the end onwards, x = 1
@@ -44,11 +63,9 @@ inline NearEnd nearEnd(const KnotRecord& knots, double t) {
   const int n = knots.spans();
   if (knots.degree() == 0) return {knots.span(t), nullptr, 1};
   const double* const knot = knots.at(0);
-  int j = knotsUpTo(knot + 1, n - 1, t);
-  if (!(knot[j] < knot[j + 1])) j = nearestSpan(knot, n, j);
-  const double left = t - knot[j];
-  const double right = knot[j + 1] - t;
-  return right >= left ? NearEnd{j, knot + j, 1} : NearEnd{j, knot + j + 1, -1};
+  const int j = findSpan(knot, n, t);
+  const int far = knot[j + 1] - t < t - knot[j];
+  return {j, knot + j + far, 1 - 2 * far};
 }
 
 }  // namespace knotwork::detail

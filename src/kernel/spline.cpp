@@ -27,7 +27,7 @@ AP_SPLINE::AP_SPLINE(int dim, int degree, int spans, AP_RATIONALITY rationality)
       type_(),
       knots_(dim < 0 ? -1 : degree, spans),
       growBy_(kGrowBy) {
-  if (!allocate(Count(), Coords(), degree)) knots_.clear();
+  if (!allocate(Count(), Coords(), schemeDoubles(degree))) knots_.clear();
 }
 
 AP_SPLINE::AP_SPLINE(const AP_SPLINE& other)
@@ -87,20 +87,21 @@ AP_CNODE* AP_SPLINE::noden() {
 
 AP_MMBOX& AP_SPLINE::Box(int force) { return bound(Count(), Coords(), force); }
 
-// The points behind the capacity, as many as the degree says, are the scheme's work space.
 void AP_SPLINE::eval(double* out, double t, int nderiv) const {
   current = this;
   if (nderiv < 0) return;
-  const int coords = Coords();
+  const std::ptrdiff_t coords = Coords();
   const int m = Degree();
-  if (Spans() < 1) {
-    std::fill_n(out, static_cast<std::ptrdiff_t>(nderiv + 1) * coords, 0.0);
-    return;
+  const int orders = Spans() < 1 ? 0 : std::min(nderiv, m) + 1;
+  if (orders > 0) {
+    const NearEnd end = nearEnd(knots_, t);
+    const Rows points((*this)[end.span], coords, m, end);
+    forEachOrder(spare(), m, end, t, nderiv, [&](int q, const double* weights) {
+      combine(points, q, weights, out + q * coords, Coords(), m);
+    });
   }
-  const NearEnd end = nearEnd(knots_, t);
-  triangularScheme((*this)[end.span], coords, cv_ + static_cast<std::ptrdiff_t>(count_) * coords,
-                   out, coords, m, nderiv, end, t);
-  if (rationality_) quotientRule(out, dim_, nderiv, 0);
+  std::fill(out + orders * coords, out + (nderiv + 1) * coords, 0.0);
+  if (rationality_ && orders > 0) quotientRule(out, dim_, nderiv, 0);
 }
 
 double* AP_SPLINE::eval(double t, int nderiv) {
@@ -116,7 +117,9 @@ int AP_SPLINE::insert(double t, int mult) {
   const int s = knots_.span(t) + 1;
   if (mult < 1) return s;
   const long long needed = static_cast<long long>(Count()) + mult;
-  if (!knots_.reserve(mult) || !reserve(needed, Count(), Coords(), growBy_, Degree())) return -1;
+  if (!knots_.reserve(mult) ||
+      !reserve(needed, Count(), Coords(), growBy_, schemeDoubles(Degree())))
+    return -1;
   nodes_.reset();
   for (int k = 0; k < mult; ++k) insertOnce(t);
   return s;

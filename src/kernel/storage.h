@@ -44,9 +44,9 @@ class ResultArea {
 template <class Node>
 std::unique_ptr<Node[]> listNodes(double* points, long long count, int coords) {
   std::unique_ptr<Node[]> nodes = tryArray<Node>(count);
-  for (long long i = 0; nodes && i < count; ++i) {
-    nodes[i] = {i + 1 < count ? &nodes[i + 1] : nullptr, i > 0 ? &nodes[i - 1] : nullptr,
-                points + i * coords};
+  for (std::ptrdiff_t i = 0; nodes && i < count; ++i) {
+    Node* const node = nodes.get() + i;
+    *node = {i + 1 < count ? node + 1 : nullptr, i > 0 ? node - 1 : nullptr, points + i * coords};
   }
   return nodes;
 }

@@ -42,7 +42,8 @@ AP_SURFACE::AP_SURFACE(int dim, int uDegree, int vDegree, int uSpans, int vSpans
       uKnots_(dim < 0 ? -1 : uDegree, uSpans),
       vKnots_(dim < 0 ? -1 : vDegree, vSpans),
       growBy_(kGrowBy) {
-  if (points() > 0 && allocate(points(), Coords(), spare())) return;
+  if (points() > 0 && allocate(points(), Coords(), schemeDoubles(std::max(uDegree, vDegree))))
+    return;
   uKnots_.clear();
   vKnots_.clear();
 }
@@ -88,9 +89,6 @@ AP_FORM AP_SURFACE::vForm() const { return vForm_; }
 AP_TYPE AP_SURFACE::Type() const { return type_; }
 
 long long AP_SURFACE::points() const { return static_cast<long long>(uCount()) * vCount(); }
-
-// Points of work space that eval() needs: vDegree stretches in v, then uDegree points in u.
-long long AP_SURFACE::spare() const { return std::max(vDegree(), 1) * (uDegree() + 1LL); }
 
 int AP_SURFACE::WorkspaceSize(int k) const {
   const unsigned uRows = unsignedMax(uDegree(), k) + 1;
@@ -142,28 +140,28 @@ AP_MMBOX& AP_SURFACE::Box(int force) {
 
 bool AP_SURFACE::isEmpty() const { return uSpans() < 1 || vSpans() < 1; }
 
-// The scheme runs in v on whole stretches of u control points, whose derivatives stand behind the
-// results; then in u for each order in v. The points behind the capacity are its work space.
+// In v first, on whole stretches of u control points, whose derivatives stand behind the results.
 void AP_SURFACE::eval(double* out, double u, double v, int nderiv) const {
   current = this;
   if (nderiv < 0) return;
   const std::ptrdiff_t coords = Coords();
   const std::ptrdiff_t orders = nderiv + 1;
-  if (isEmpty()) {
-    std::fill_n(out, orders * orders * coords, 0.0);
-    return;
-  }
+  std::fill_n(out, orders * orders * coords, 0.0);
+  if (isEmpty()) return;
+  const int stretch = (uDegree() + 1) * Coords();
+  double* const rows = out + (std::max(uDegree(), nderiv) + 1) * orders * coords;
   const NearEnd uEnd = nearEnd(uKnots_, u);
   const NearEnd vEnd = nearEnd(vKnots_, v);
-  const int stretch = (uDegree() + 1) * Coords();
-  double* const work = cv_ + count_ * coords;
-  double* const rows = out + (std::max(uDegree(), nderiv) + 1) * orders * coords;
-  triangularScheme(index(vEnd.span, uEnd.span), uCount() * coords, work, rows, stretch, vDegree(),
-                   nderiv, vEnd, v);
-  for (std::ptrdiff_t j = 0; j < orders; ++j) {
-    triangularScheme(rows + j * stretch, coords, work, out + j * orders * coords, Coords(),
-                     uDegree(), nderiv, uEnd, u);
-  }
+  const Rows grid(index(vEnd.span, uEnd.span), uCount() * coords, vDegree(), vEnd);
+  forEachOrder(spare(), vDegree(), vEnd, v, nderiv, [&](int q, const double* weights) {
+    combine(grid, q, weights, rows + q * stretch, stretch, vDegree());
+  });
+  forEachOrder(spare(), uDegree(), uEnd, u, nderiv, [&](int q, const double* weights) {
+    for (int j = 0; j <= std::min(nderiv, vDegree()); ++j) {
+      const Rows row(rows + j * stretch, coords, uDegree(), uEnd);
+      combine(row, q, weights, out + (j * orders + q) * coords, Coords(), uDegree());
+    }
+  });
   if (coords > dim_) quotientRule(out, dim_, nderiv, nderiv);
 }
 
@@ -177,8 +175,9 @@ double* AP_SURFACE::eval(double u, double v, int nderiv) {
 // Makes room for `mult` knots more, each of which brings `perKnot` control points.
 bool AP_SURFACE::reserveInsertion(KnotRecord& knots, double t, int mult, long long perKnot) {
   return !isEmpty() && knots.contains(t) &&
-         (mult < 1 || (knots.reserve(mult) &&
-                       reserve(points() + mult * perKnot, points(), Coords(), growBy_, spare())));
+         (mult < 1 ||
+          (knots.reserve(mult) && reserve(points() + mult * perKnot, points(), Coords(), growBy_,
+                                          schemeDoubles(std::max(uDegree(), vDegree())))));
 }
 
 int AP_SURFACE::uinsert(double t, int mult) {

@@ -1,20 +1,167 @@
 // SPDX-License-Identifier: MIT
-// De Boor's triangle for point and derivatives, from either end of a span.
+// De Boor's triangle run backwards: the weights of a span's control points, for point and
+// derivatives.
 #pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <limits>
 
 #include "kernel/span_search.h"
 
 namespace knotwork::detail {
 
-/// Point and derivatives of a span's polynomial.
+/// The control points of a span in the order of the scheme, which starts from the end nearer to t.
+struct Rows {
+  /// @param points  first control point of the span; the next one lies `stride` doubles on.
+  Rows(const double* points, std::ptrdiff_t stride, int degree, const NearEnd& end)
+      : first(points + (1 - end.step) / 2 * degree * stride), step(end.step * stride) {}
+
+  const double* operator[](int i) const { return first + i * step; }
+
+  const double* first;
+  std::ptrdiff_t step;
+};
+
+/// @return the doubles that a triangle of weights takes.
+constexpr long long schemeDoubles(int degree) {
+  return 2 * (degree + 1LL) + degree * (degree + 1LL) / 2;
+}
+
+/// Weights of a span's m + 1 control points and of the m legs between them.
 ///
-/// @param points  first control point of the span; the next one lies `stride` doubles on.
-/// @param work    room for `degree` rows of `width` doubles, apart from `points` and `out`.
-/// @param out     nderiv + 1 rows of `width` doubles: row k is the derivative of order k, exactly 0
-///                above the degree.
-/// @param width   doubles per control point.
-/// @param end     the span, from its end nearer to t.
-void triangularScheme(const double* points, std::ptrdiff_t stride, double* work, double* out,
-                      int width, int degree, int nderiv, const NearEnd& end, double t);
+/// With x_i the i-th knot from the near end onwards, level l of the triangle has a leg for each i
+/// in [0, m - l], over the knots x_(i-m+l) and x_(i+1). For the point, every level divides its legs
+/// as t divides their knots; for a derivative of order q, the levels up to q divide them by the
+/// distance of their knots instead. All knot distances bridge the span, and no weight of the point
+/// and of its first derivative is a difference of others, so no digit is lost that the data do not
+/// lose. Read from the right end, the same steps are the mirrored scheme. Source: L. Ramshaw,
+/// Blossoming (1987); C. de Boor, A Practical Guide to Splines, ch. X.
+///
+/// kDegree is the degree m where it is known at compile time, else 0.
+template <int kDegree>
+class TriangularScheme {
+ public:
+  /// @param work  room for schemeDoubles(degree) doubles.
+  TriangularScheme(double* work, int degree, const NearEnd& end, double t)
+      : degree_(degree),
+        point_(work),
+        leg_(work + m() + 1),
+        inverse_(leg_ + m() + 1),
+        end_(end),
+        t_(t) {
+    double* length = inverse_;
+    for (int level = m(); level > 0; --level) {
+      for (int i = 0; i <= m() - level; ++i) {
+        const double distance = knot(i + 1) - knot(i - m() + level);
+        *length++ = distance != 0.0 ? distance : std::numeric_limits<double>::infinity();
+      }
+    }
+    for (double* x = inverse_; x < length; ++x) *x = 1.0 / *x;  // 0 for a span without length
+  }
+
+  /// Calls use(q, weights) for every order q from min(k, degree) down to 0, with the weights of the
+  /// legs in the order of the scheme, and for q = 0 with those of the points.
+  template <class Use>
+  void forEachOrder(int k, const Use& use) {
+    point_[0] = 1.0;
+    for (int q = m(); q > 0; divide(q), --q) {
+      if (q <= k) use(q, legWeights(q));
+    }
+    use(0, static_cast<const double*>(point_));
+  }
+
+ private:
+  int m() const { return kDegree != 0 ? kDegree : degree_; }
+  double knot(int x) const { return end_.knot[end_.step * x]; }
+
+  // Reciprocal knot distances of a level's legs; the shortest levels come first.
+  const double* inverses(int level) const {
+    const std::ptrdiff_t legs = m() - level;
+    return inverse_ + legs * (legs + 1) / 2;
+  }
+
+  void divide(int level) {
+    const double* const inverse = inverses(level);
+    const int legs = m() - level + 1;
+    double carried = 0.0;
+    for (int i = 0; i < legs; ++i) {
+      const double share = point_[i] * inverse[i];
+      point_[i] = carried + (knot(i + 1) - t_) * share;
+      carried = (t_ - knot(i - m() + level)) * share;
+    }
+    point_[legs] = carried;
+  }
+
+  // A leg's slope is (m - level + 1) / distance. Seen from the right, both leg and distance are
+  // reversed.
+  const double* legWeights(int q) {
+    const int points = m() - q + 1;
+    for (int i = 0; i < points; ++i) leg_[i] = point_[i];
+    for (int level = q; level > 1; --level) spread(level);
+    const double* const inverse = inverses(1);
+    for (int i = 0; i < m(); ++i) leg_[i] *= m() * inverse[i];
+    return leg_;
+  }
+
+  // From the weights of a level's legs to those of its points, which are the legs of the level
+  // before.
+  void spread(int level) {
+    const double* const inverse = inverses(level);
+    const int legs = m() - level + 1;
+    double carried = 0.0;
+    for (int i = 0; i < legs; ++i) {
+      const double share = leg_[i] * (legs * inverse[i]);
+      leg_[i] = carried - share;
+      carried = share;
+    }
+    leg_[legs] = carried;
+  }
+
+  int degree_;
+  double* point_;
+  double* leg_;
+  double* inverse_;
+  NearEnd end_;
+  double t_;
+};
+
+/// TriangularScheme::forEachOrder() of a degree in use, unrolled.
+template <int kDegree, class Use>
+void weighUnrolled(const NearEnd& end, double t, int k, const Use& use) {
+  double work[schemeDoubles(kDegree)];
+  TriangularScheme<kDegree>(work, kDegree, end, t).forEachOrder(k, use);
+}
+
+/// TriangularScheme::forEachOrder() of any degree.
+/// @param spare  room for schemeDoubles(degree) doubles, used only by high degrees.
+template <class Use>
+void forEachOrder(double* spare, int degree, const NearEnd& end, double t, int k, const Use& use) {
+  constexpr int kSmall = 128;
+  switch (degree) {
+    case 1:
+      return weighUnrolled<1>(end, t, k, use);
+    case 2:
+      return weighUnrolled<2>(end, t, k, use);
+    case 3:
+      return weighUnrolled<3>(end, t, k, use);
+    case 4:
+      return weighUnrolled<4>(end, t, k, use);
+    case 5:
+      return weighUnrolled<5>(end, t, k, use);
+    default:
+      break;
+  }
+  double small[kSmall];
+  double* const work = schemeDoubles(degree) <= kSmall ? small : spare;
+  TriangularScheme<0>(work, degree, end, t).forEachOrder(k, use);
+}
+
+/// Sum of control points, for weights of order q from a TriangularScheme, each in index order.
+///
+/// Points that coincide give exactly that point, and derivatives 0; one weight alone gives its
+/// point to the bit.
+/// @param out  `width` doubles, the width of a control point.
+void combine(const Rows& points, int q, const double* weights, double* out, int width, int degree);
 
 }  // namespace knotwork::detail

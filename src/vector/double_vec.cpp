@@ -97,7 +97,8 @@ class ScaledSquares {
 
 double DoubleVec::vecLen() const {
   ScaledSquares squares(len_);
-  for (int i = 0; i < static_cast<int>(len_); ++i) squares.add((*this)(i));
+  const auto x = detail::runOf(*this);
+  for (std::ptrdiff_t i = 0; i < detail::sizeOf(*this); ++i) squares.add(x[i]);
   return squares.root();
 }
 
@@ -139,8 +140,9 @@ int DoubleVec::countValue(double value, double tol) const {
 
 void DoubleVec::clampZero(double tol) {
   const auto isSmall = within(0.0, tol);
-  for (int i = 0; i < static_cast<int>(len_); ++i) {
-    if (isSmall((*this)(i))) (*this)(i) = 0.0;
+  const auto x = detail::runOf(*this);
+  for (std::ptrdiff_t i = 0; i < detail::sizeOf(*this); ++i) {
+    if (isSmall(x[i])) x[i] = 0.0;
   }
 }
 
@@ -227,7 +229,10 @@ DoubleVec log(const DoubleVec& v) { return v.apply(std::log); }
 DoubleVec log10(const DoubleVec& v) { return v.apply(std::log10); }
 DoubleVec sin(const DoubleVec& v) { return v.apply(std::sin); }
 DoubleVec sinh(const DoubleVec& v) { return v.apply(std::sinh); }
-DoubleVec sqrt(const DoubleVec& v) { return v.apply(std::sqrt); }
+// The processor's root, which is correctly rounded everywhere.
+DoubleVec sqrt(const DoubleVec& v) {
+  return v.apply([](double x) { return std::sqrt(x); });
+}
 DoubleVec tan(const DoubleVec& v) { return v.apply(std::tan); }
 DoubleVec tanh(const DoubleVec& v) { return v.apply(std::tanh); }
 

@@ -254,8 +254,7 @@ Vec& StridedVec<Vec, T>::operator--() {
 
 template <class Vec, class T>
 int StridedVec<Vec, T>::operator==(const StridedVec& v) const {
-  if (len_ != v.len_) return 0;
-  return firstIndexWhere(len_, [&](int i) { return !((*this)(i) == v(i)); }) < 0;
+  return equal(self(), v.self());
 }
 
 template <class Vec, class T>

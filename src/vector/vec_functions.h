@@ -24,6 +24,11 @@ auto runOf(const Vec& v) {
   return Run<const ElementOf<Vec>>{v.data(), v.stride()};
 }
 
+template <class Vec>
+std::ptrdiff_t sizeOf(const Vec& v) {
+  return static_cast<std::ptrdiff_t>(v.length());
+}
+
 // ---- New vectors --------------------------------------------------------------------------------
 
 // r[i] = a[i] op b[i], as long as b. Where a reporting handler returned from a length mismatch,
@@ -120,7 +125,8 @@ Vec absolute(const Vec& a) {
 template <class To, class From, class F>
 To convert(const From& a, F f) {
   To r(a.length());
-  for (int i = 0; i < static_cast<int>(r.length()); ++i) r(i) = f(a(i));
+  const auto from = runOf(a);
+  for (std::ptrdiff_t i = 0; i < sizeOf(r); ++i) r.data()[i] = f(from[i]);
   return r;
 }
 
@@ -160,7 +166,8 @@ ElementOf<Vec> dot(const Vec& a, const Vec& b) {
 
 template <class Vec, class F>
 ElementOf<Vec> reduce(const Vec& v, ElementOf<Vec> start, F f) {
-  for (int i = 0; i < static_cast<int>(v.length()); ++i) start = f(start, v(i));
+  const auto x = runOf(v);
+  for (std::ptrdiff_t i = 0; i < sizeOf(v); ++i) start = f(start, x[i]);
   return start;
 }
 
@@ -210,23 +217,31 @@ ElementOf<Vec> valueAt(const Vec& v, int index) {
   return index < 0 ? ElementOf<Vec>{} : v(index);
 }
 
-template <class P>
-int firstIndexWhere(unsigned n, P holds) {
-  for (int i = 0; i < static_cast<int>(n); ++i) {
-    if (holds(i)) return i;
-  }
-  return -1;
-}
-
 template <class Vec, class P>
 int allOf(const Vec& v, P holds) {
-  return firstIndexWhere(v.length(), [&](int i) { return !holds(v(i)); }) < 0;
+  const auto x = runOf(v);
+  for (std::ptrdiff_t i = 0; i < sizeOf(v); ++i) {
+    if (!holds(x[i])) return 0;
+  }
+  return 1;
+}
+
+template <class Vec>
+int equal(const Vec& a, const Vec& b) {
+  if (a.length() != b.length()) return 0;
+  const auto x = runOf(a);
+  const auto y = runOf(b);
+  for (std::ptrdiff_t i = 0; i < sizeOf(a); ++i) {
+    if (!(x[i] == y[i])) return 0;
+  }
+  return 1;
 }
 
 template <class Vec, class P>
 int countWhere(const Vec& v, P holds) {
   int count = 0;
-  for (int i = 0; i < static_cast<int>(v.length()); ++i) count += holds(v(i)) ? 1 : 0;
+  const auto x = runOf(v);
+  for (std::ptrdiff_t i = 0; i < sizeOf(v); ++i) count += holds(x[i]) ? 1 : 0;
   return count;
 }
 

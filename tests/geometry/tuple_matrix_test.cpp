@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <sstream>
 
 #include "geometry/transforms.h"
@@ -53,26 +54,22 @@ TEST(TupleMatrix, ShapesFollowTheSignsOfTheCounts) {
 
 TEST(TupleMatrix, EveryViewFollowsTheLayout) {
   for (const int dim : {1, 2, 3, 5}) {
-    const int rows = 4, cols = 3;
-    TtupleMatrix tm = numbered(dim, rows, cols);
+    TtupleMatrix tm = numbered(dim, 4, 3);
     const TtupleMatrix& constant = tm;
-    for (int i = 0; i < rows; ++i) {
-      for (int j = 0; j < cols; ++j) {
-        const Values point = valuesOf(tm.point(i, j));
-        ASSERT_EQ(point, valuesOf(DoubleVec(static_cast<unsigned>(dim), 100.0 * i + 10 * j, 1.0)));
-        EXPECT_EQ(valuesOf(constant(i, j)), point);
-        EXPECT_EQ(valuesOf(tm.data().slice((rows * j + i) * dim, static_cast<unsigned>(dim), 1)),
-                  point);
-        EXPECT_EQ(valuesOf(tm.rowVector(i)(j)), point);
-        EXPECT_EQ(valuesOf(tm.columnVector(j)(i)), point);
-        EXPECT_EQ(valuesOf(constant.columnVector(j).point(i)), point);
-        EXPECT_EQ(valuesOf(tm.cols(indices({2, j}))(i, 1)), point);
-        EXPECT_EQ(tm.vecLen()(i, j), tm(i, j).vecLen());
-        for (int c = 0; c < dim; ++c) {
-          EXPECT_EQ(tm.component(c)(i, j), point[static_cast<unsigned>(c)]);
-          EXPECT_EQ(constant.row(i)(j * dim + c), point[static_cast<unsigned>(c)]);
-        }
-      }
+    const auto n = static_cast<unsigned>(dim);
+    for (int k = 0; k < 12; ++k) {
+      const int i = k % 4, j = k / 4;
+      const Values point = valuesOf(DoubleVec(n, 100.0 * i + 10 * j, 1.0));
+      ASSERT_EQ(valuesOf(tm.point(i, j)), point);
+      EXPECT_EQ(valuesOf(constant(i, j)), point);
+      EXPECT_EQ(valuesOf(tm.data().slice(k * dim, n, 1)), point);
+      EXPECT_EQ(valuesOf(constant.row(i).slice(j * dim, n, 1)), point);
+      EXPECT_EQ(valuesOf(tm.rowVector(i)(j)), point);
+      EXPECT_EQ(valuesOf(tm.columnVector(j)(i)), point);
+      EXPECT_EQ(valuesOf(constant.columnVector(j).point(i)), point);
+      EXPECT_EQ(valuesOf(tm.cols(indices({2, j}))(i, 1)), point);
+      EXPECT_EQ(tm.vecLen()(i, j), tm(i, j).vecLen());
+      for (int c = 0; c < dim; ++c) EXPECT_EQ(tm.component(c)(i, j), tm(i, j)(c));
     }
   }
 }
@@ -144,17 +141,15 @@ TEST(TupleMatrix, StaysInsideAVectorThatIsTooShort) {
   DoubleVec five(5, 1.0);
   TtupleMatrix tm(2, 2, 2, five);
   tm(1, 1) = 2.0;
-  EXPECT_EQ(errors.take().at(0).code, 0x300Cu);
-  EXPECT_EQ(tm.column(1).length(), 0u);
-  EXPECT_EQ(shape(tm.component(0)), (Shape{0, 0}));
+  EXPECT_EQ(tm.column(1).length() + tm.component(0).rows(), 0u);
   tm.setComponent(1, DoubleGenMat(2, 2, 3.0));
   tm.applyTransformation(ShearAndShift());
   EXPECT_EQ(tm.vecLen()(1, 1), 0.0);
   EXPECT_EQ(tm.row(1).length(), 4u);
   EXPECT_EQ(shape(tm.rows(indices({0, 1}))), (Shape{2, 2, 2, 8}));
-  for (const RecordedError& error : errors.take()) {
-    EXPECT_TRUE(error.code == 0x300Cu || error.code == 0x300Fu) << error.text;
-  }
+  const auto known = [](const RecordedError& e) { return e.code == 0x300Cu || e.code == 0x300Fu; };
+  EXPECT_TRUE(std::ranges::all_of(errors.all(), known));
+  EXPECT_EQ(errors.all().at(0).code, 0x300Cu);
 }
 
 TEST(TupleMatrix, TransformsAsAListDoes) {

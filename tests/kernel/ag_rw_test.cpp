@@ -52,20 +52,17 @@ TEST(AgRw, CurvePointsGoThereAndBack) {
   for (const int rational : {0, 1, -1}) {
     for (const int dim : {1, 2, 3, 4, 5}) {
       const Curve curve = curveOf(3, 3, 4, rational);
-      const int stored = 3 + std::abs(rational), common = std::min(dim, stored);
+      const int stored = 3 + std::abs(rational);
       TtupleVector read(dim, 7, -1.0);
       ASSERT_TRUE(TagRw::cvsToTv(curve.get(), read));
-      for (int i = 0; i < 7; ++i) {
-        for (int c = 0; c < dim; ++c) EXPECT_EQ(read(i)(c), c < stored ? i * stored + c : -1.0);
-      }
+      for (int c = 0; c < dim; ++c) EXPECT_EQ(read(6)(c), c < stored ? 6 * stored + c : -1.0);
       for (const bool fill : {false, true}) {
-        TtupleVector written(dim, 7, 0.5), after(stored, 7, 0.0);
+        const TtupleVector written(dim, 7, 0.5);
+        TtupleVector after(stored, 7, 0.0);
         ASSERT_TRUE(TagRw::tvToCvs(written, curve.get(), fill));
         ASSERT_TRUE(TagRw::cvsToTv(curve.get(), after));
-        for (int i = 0; i < 7; ++i) {
-          for (int c = 0; c < stored; ++c) {
-            EXPECT_EQ(after(i)(c), c < common ? 0.5 : fill ? 1.0 : i * stored + c);
-          }
+        for (int c = 0; c < stored; ++c) {
+          EXPECT_EQ(after(6)(c), c < dim ? 0.5 : fill ? 1.0 : 6 * stored + c);
         }
       }
     }
@@ -78,63 +75,55 @@ TEST(AgRw, SurfaceRowsRunAlongU) {
     const int stored = dim == 4 ? 4 : 3;
     TtupleMatrix tm(dim, 4, 5, -1.0), wrong(dim, 5, 4, 0.0);
     ASSERT_TRUE(TagRw::cvsToTm(surface.get(), tm));
-    for (int i = 0; i < 4; ++i) {
-      for (int j = 0; j < 5; ++j) EXPECT_EQ(tm(i, j)(1), (5 * i + j) * stored + 1);
-    }
+    for (int k = 0; k < 20; ++k) EXPECT_EQ(tm(k / 5, k % 5)(1), k * stored + 1);
     TtupleMatrix negated = tm.copy(), back = tm.copy();
     negated *= -1.0;
     ASSERT_TRUE(TagRw::tmToCvs(negated, surface.get(), dim == 2));
     ASSERT_TRUE(TagRw::cvsToTm(surface.get(), back));
     EXPECT_TRUE(back == negated);
-    const double* last = surface->first->nextV->p;
-    EXPECT_EQ(last[2], dim == 2 ? 1.0 : -(stored + 2));
-    EXPECT_FALSE(TagRw::cvsToTm(surface.get(), wrong));
-    EXPECT_FALSE(TagRw::tmToCvs(wrong, surface.get(), false));
+    EXPECT_EQ(surface->first->nextV->p[2], dim == 2 ? 1.0 : -(stored + 2));
     DoubleVec few(11, 0.0);
     TtupleMatrix tooShort(dim, 4, 5, few);
-    EXPECT_FALSE(TagRw::cvsToTm(surface.get(), tooShort));
+    EXPECT_FALSE(TagRw::cvsToTm(surface.get(), tooShort) || TagRw::cvsToTm(surface.get(), wrong));
+    EXPECT_FALSE(TagRw::tmToCvs(tooShort, surface.get(), false));
+    EXPECT_FALSE(TagRw::tmToCvs(wrong, surface.get(), false));
   }
 }
 
 TEST(AgRw, KnotsGainAndLoseTheirEnds) {
   for (const int form : {kOpen, 1, kPeriodic}) {
     const Curve curve = curveOf(2, 3, 4, 0, form);
-    for (const unsigned length : {10u, 11u, 12u}) {
-      DoubleVec knots(length, -7.0);
-      ASSERT_EQ(TagRw::knotsToDv(curve.get(), knots), length > 10);
-      EXPECT_EQ(TagRw::dvToKnots(knots, curve.get()), length == 11);
-    }
-    DoubleVec knots(11, -9.0, 0.25), read(12, 100.0);
+    DoubleVec knots(11, -9.0, 0.25), read(12, 100.0), tooShort(10, 0.0);
     EXPECT_TRUE(TagRw::dvToKnots(knots, curve.get()));
+    EXPECT_FALSE(TagRw::dvToKnots(read, curve.get()) || TagRw::dvToKnots(tooShort, curve.get()));
+    EXPECT_FALSE(TagRw::knotsToDv(curve.get(), tooShort));
     EXPECT_TRUE(TagRw::knotsToDv(curve.get(), read));
     const double beyond = form == kPeriodic ? 1.0 : 0.0;
     knots(0) = knots(1) - beyond;
     knots(10) = knots(9) + beyond;
-    EXPECT_EQ(valuesOf(read.slice(0, 11, 1)), valuesOf(knots));
-    EXPECT_EQ(read(11), 100.0);
+    knots.resize(12);
+    knots(11) = 100.0;
+    EXPECT_EQ(valuesOf(read), valuesOf(knots));
   }
+}
+
+TEST(AgRw, SurfaceKnotsGoDirectionByDirection) {
   const Surface surface = surfaceOf(3, 0, 0);
-  DoubleVec u(6u), v(9u);
+  DoubleVec u(6u), v(9u), fewer(5, -1.0), again(9, -1.0);
   ASSERT_TRUE(TagRw::knotsToDv(surface.get(), u, v));
   EXPECT_EQ(valuesOf(u), (Values{0, 0, 1, 2, 3, 3}));
   EXPECT_EQ(valuesOf(v), (Values{4, 5, 5.5, 6, 7, 8, 9, 10, 11}));
-  u *= 2.0;
-  ++v;
-  ASSERT_TRUE(TagRw::dvToKnots(u, v, surface.get()));
-  DoubleVec again(9u);
-  ASSERT_TRUE(TagRw::knotsToDvOne(surface.get(), TsurfaceDirection::u, again));
-  EXPECT_EQ(valuesOf(again.slice(0, 6, 1)), valuesOf(u));
-  ASSERT_TRUE(TagRw::knotsToDvOne(surface.get(), TsurfaceDirection::v, again));
-  EXPECT_EQ(valuesOf(again), valuesOf(v));
-  // A direction that fails leaves the one after it alone.
-  DoubleVec fewer(5, -1.0);
+  ASSERT_TRUE(TagRw::dvToKnots(u *= 2.0, ++v, surface.get()));
+  // A direction that fails leaves the one after it alone, and keeps the one before.
   EXPECT_FALSE(TagRw::dvToKnots(fewer, -v, surface.get()));
   EXPECT_FALSE(TagRw::dvToKnots(-u, fewer, surface.get()));
-  EXPECT_FALSE(TagRw::knotsToDv(surface.get(), fewer, again = 0.0));
-  EXPECT_EQ(valuesOf(again), Values(9, 0.0));
-  ASSERT_TRUE(TagRw::knotsToDv(surface.get(), u = 0.0, again));
+  EXPECT_FALSE(TagRw::knotsToDv(surface.get(), fewer, again));
+  EXPECT_EQ(again(0), -1.0);
+  ASSERT_TRUE(TagRw::knotsToDv(surface.get(), u, again));
   EXPECT_EQ(valuesOf(u), (Values{0, 0, -2, -4, -6, -6}));
   EXPECT_EQ(valuesOf(again), valuesOf(v));
+  ASSERT_TRUE(TagRw::knotsToDvOne(surface.get(), TsurfaceDirection::u, again));
+  EXPECT_EQ(again(5), -6.0);
 }
 
 TEST(AgRw, ListsAndArraysGoThereAndBack) {
@@ -235,45 +224,38 @@ TEST(AgRw, NullAndNonsenseRecordsFail) {
 
 TEST(AgRw, CopiesStayWithinBothSides) {
   const double four[] = {1, 2, 3, 4};
-  const auto read = [&](unsigned n, int count) {
-    DoubleVec v(n, -1.0);
+  for (const int count : {-1, 0, 2, 9}) {
+    const int copied = count < 0 ? 3 : std::min(count, 3);
+    DoubleVec v(3, -1.0);
+    double p[4] = {-1, -1, -1, -1};
     TagRw::vToDv(four, v, count);
-    return valuesOf(v);
-  };
-  const auto written = [&](int n, int count) {
-    Values p(4, -1.0);
-    TagRw::dvToV(DoubleVec(four, static_cast<unsigned>(n)), p.data(), count);
-    return p;
-  };
-  EXPECT_EQ(read(3, 2), (Values{1, 2, -1}));
-  EXPECT_EQ(read(3, -1), (Values{1, 2, 3}));
-  EXPECT_EQ(read(3, 9), (Values{1, 2, 3}));
-  EXPECT_EQ(written(3, 2), (Values{1, 2, -1, -1}));
-  EXPECT_EQ(written(3, 9), (Values{1, 2, 3, -1}));
-  for (const unsigned n : {2u, 3u, 4u, 5u}) {
-    T4dDblPoint p(9, 9, 9, 9);
-    TagRw::dvToP4(DoubleVec(n, 2.0), p);
-    DoubleVec v(5, -1.0);
-    TagRw::p4ToDv(p, v);
-    EXPECT_EQ(valuesOf(v), (Values{2, 2, n > 2 ? 2.0 : 0.0, n > 3 ? 2.0 : 1.0, -1}));
+    TagRw::dvToV(DoubleVec(four, 3), p, count);
+    for (int k = 0; k < 4; ++k) EXPECT_EQ(p[k], k < copied ? four[k] : -1);
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(v(k), p[k]);
   }
 }
 
 TEST(AgRw, PointsTakeTheWeightBehindTheCoordinates) {
   for (int dim = -1; dim <= 4; ++dim) {
     for (const int rational : {0, 1}) {
-      double a[] = {1, 2, 3, 4, 5, 6}, b[6] = {};
+      double a[] = {1, 2, 3, 4, 5}, b[5] = {};
       T4dDblPoint p(9, 9, 9, 9);
       TagRw::agToT4dDblPoint(a, p, dim, rational);
-      EXPECT_EQ(p.x, dim > 0 ? 1 : 0);
-      EXPECT_EQ(p.y, dim > 1 ? 2 : 0);
-      EXPECT_EQ(p.z, dim > 2 ? 3 : 0);
-      EXPECT_EQ(p.w, rational ? std::max(dim, 0) + 1 : 1);
+      DoubleVec v(5, -1.0);
+      TagRw::p4ToDv(p, v);
+      const double w = rational ? a[std::max(dim, 0)] : 1;
+      EXPECT_EQ(valuesOf(v),
+                (Values{dim > 0 ? 1.0 : 0, dim > 1 ? 2.0 : 0, dim > 2 ? 3.0 : 0, w, -1}));
       TagRw::T4dDblPointToAg(p, b, dim, rational);
       EXPECT_TRUE(std::equal(b, b + std::clamp(dim, 0, 3), a));
-      EXPECT_EQ(b[std::max(dim, 0)], rational ? p.w : 0);
+      EXPECT_EQ(b[std::max(dim, 0)], rational ? w : 0);
     }
   }
+  T4dDblPoint p;
+  DoubleVec v(4u);
+  TagRw::dvToP4(DoubleVec(2, 2.0), p);
+  TagRw::p4ToDv(p, v);
+  EXPECT_EQ(valuesOf(v), (Values{2, 2, 0, 1}));
 }
 
 TEST(AgRw, PolynomialProductsAccumulate) {

@@ -142,6 +142,13 @@ TEST(DoubleVectors, MeanAndVarianceArePopulationFigures) {
   EXPECT_EQ(errors.takeTexts(), "[NPOINTS: DoubleVec]: Vector (1) Variance needs minimum of 2\n");
 }
 
+TEST(DoubleVectors, SquareRootsAreRoundedOnce) {
+  // Just below the middle of two doubles: rounding to a longer format first would go up.
+  const double eps = std::numeric_limits<double>::epsilon();
+  EXPECT_EQ(sqrt(DoubleVec(1, 1 + 3 * eps))(0), 1 + eps);
+  EXPECT_EQ(sqrt(DoubleVec(1, 1 + 7 * eps))(0), 1 + 3 * eps);
+}
+
 TEST(DoubleVectors, FunctionsAreTheCLibrarys) {
   const struct {
     DoubleVec (*ofVector)(const DoubleVec&);

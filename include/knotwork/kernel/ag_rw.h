@@ -98,6 +98,6 @@ class KNOTWORK_API TagRw {
   static bool polyMultiply(const DoubleVec& a, const DoubleVec& b, DoubleVec& c);
 
  private:
-  TagRw();
-  ~TagRw();
+  TagRw() = default;
+  ~TagRw() = default;
 };

@@ -42,15 +42,19 @@ class KNOTWORK_API AP_GEOMETRIC {
   /// @return false, and nothing changed, without memory.
   bool reserve(long long points, long long kept, int coords, int step, long long spare);
 
+  /// @return the doubles behind the control points.
+  double* spare() const;
+
   /// Writes n doubles from double `at` on, as far as `doubles` of storage go.
   void write(std::ptrdiff_t at, std::ptrdiff_t doubles, const double* values, int n);
 
   /// The box of the first `points` control points, computed unless it is there and `force` is 0.
   AP_MMBOX& bound(std::ptrdiff_t points, int coords, int force);
 
-  double* cv_;    ///< control points, owned
-  int count_;     ///< capacity of cv_ in control points
-  int dim_;       ///< spatial dimension
-  AP_MMBOX box_;  ///< box of the control points
-  int boxValid_;  ///< whether box_ has been computed
+  double* cv_;            ///< control points, owned
+  std::ptrdiff_t spare_;  ///< place of the spare doubles in cv_
+  int count_;             ///< capacity of cv_ in control points
+  int dim_;               ///< spatial dimension
+  AP_MMBOX box_;          ///< box of the control points
+  int boxValid_;          ///< whether box_ has been computed
 };

@@ -152,7 +152,6 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   void uinsertOnce(double t);
   void vinsertOnce(double t);
   long long points() const;
-  long long spare() const;
   bool isEmpty() const;
 
   AP_TYPE type_;

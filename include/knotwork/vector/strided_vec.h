@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What the three vector classes share: views on shared element storage.
+//
+// <cmath> comes before the vectors' own sqrt, abs, ...: seen after an overload of their names, the
+// C library's functions would no longer be built into the compiler (GCC), for all the code that
+// follows.
 #pragma once
 
+#include <cmath>
 #include <concepts>
 #include <iosfwd>
 
