@@ -86,10 +86,11 @@ template <int Width>
 void Solution<Width>::substitute(int q) {
   const int u = q - (s_.rows - s_.cols);
   double sums[Width] = {};
-  for (int j = u + 1; j < s_.cols; ++j) {
-    const double v = s_.at(q, j);
-    const double* known = x_ + s_.colPerm[j] * stride_;
-    for (int w = 0; w < Width; ++w) sums[w] += known[w] * v;
+  const int known = s_.cols - u - 1;
+  for (int k = 1; k <= known; ++k) {
+    const double v = s_.at(q, u + k);
+    const double* x = x_ + s_.colPerm[u + k] * stride_;
+    for (int w = 0; w < Width; ++w) sums[w] += x[w] * v;
   }
   const double* side = b_ + s_.rowPerm[q] * stride_;
   double* unknown = x_ + s_.colPerm[u] * stride_;
