@@ -49,7 +49,7 @@ TEST(TupleMatrix, ShapesFollowTheSignsOfTheCounts) {
 }
 
 TEST(TupleMatrix, EveryViewFollowsTheLayout) {
-  for (const int dim : {1, 2, 3, 5}) {
+  for (const int dim : {1, 2, 3, 4, 5}) {
     TtupleMatrix tm = numbered(dim, 4, 3);
     const TtupleMatrix& constant = tm;
     const auto n = static_cast<unsigned>(dim);
@@ -65,6 +65,11 @@ TEST(TupleMatrix, EveryViewFollowsTheLayout) {
       EXPECT_EQ(tm.vecLen()(i, j), tm(i, j).vecLen());
       for (int c = 0; c < dim; ++c) EXPECT_EQ(tm.component(c)(i, j), point[unsigned(c)]);
     }
+    DoubleVec flat = tm.data().copy();
+    TtupleVector list(dim, flat);
+    tm.applyTransformation(ShearAndShift());
+    list.applyTransformation(ShearAndShift());
+    EXPECT_TRUE(dim < 3 || valuesOf(tm) == valuesOf(list));  // below, the order of points matters
   }
 }
 
@@ -137,17 +142,6 @@ TEST(TupleMatrix, StaysInsideAVectorThatIsTooShort) {
   EXPECT_EQ(errors.all().at(0).code, 0x300Cu);
   DoubleVec every = DoubleVec(9, 1.0).slice(0, 5, 2);
   EXPECT_EQ(valuesOf(TtupleMatrix(1, 1 << 30, 1, every).row(0)), Values{1.0});
-}
-
-TEST(TupleMatrix, TransformsAsAListDoes) {
-  for (const int dim : {3, 4, 6}) {
-    TtupleMatrix tm = numbered(dim, 3, 2);
-    DoubleVec flat = tm.data().copy();
-    TtupleVector tv(dim, flat);
-    tm.applyTransformation(ShearAndShift());
-    tv.applyTransformation(ShearAndShift());
-    EXPECT_EQ(valuesOf(tm), valuesOf(tv));
-  }
 }
 
 TEST(Containers, HaveNoText) {
