@@ -170,7 +170,7 @@ TEST(AgRw, NullAndNonsenseRecordsFail) {
   TtupleVector tv(1, 2, 0.0);
   TtupleMatrix tm(1, 2, 2, 0.0);
   DoubleVec dv(4, 0.0);
-  double p[1] = {4.0};
+  double p[2] = {4.0, 5.0};
   ag_snode corner{nullptr, nullptr, p};
   ag_sknode knot{nullptr, nullptr, p, nullptr};
   constexpr int kHuge = 2147483647;
