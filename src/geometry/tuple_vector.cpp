@@ -111,7 +111,6 @@ TtupleVector TtupleVector::components(const IntVec& which) const {
   for (int j = 0; j < count; ++j) {
     if (!correctTuple(which(j))) return TtupleVector();
   }
-  if (count == 0) return TtupleVector();
   TtupleVector result(count, points(), 0.0);
   for (int j = 0; j < count; ++j) result.componentView(j) = componentView(which(j));
   return result;

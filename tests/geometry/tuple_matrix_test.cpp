@@ -89,7 +89,8 @@ TEST(TupleMatrix, OnlyNonConstantViewsWriteThrough) {
   const TtupleMatrix kept = tm.copy();
   EXPECT_EQ(valuesOf(view), (Values{3, 0, 2, 2, 3, 1, 1, 1}));
   tm = TtupleMatrix(2, 4, 1, 7.0);
-  tm = TtupleMatrix(1, 4, 2, 7.0);
+  DoubleVec eight(8, 7.0);
+  tm = TtupleMatrix(1, 2, 2, eight);
   EXPECT_EQ(valuesOf(tm), valuesOf(kept));
   tm = numbered(2, 2, 2);
   EXPECT_EQ(valuesOf(view), (Values{0, 1, 100, 101, 10, 11, 110, 111}));

@@ -69,6 +69,7 @@ TEST(AgRw, SurfaceRowsRunAlongU) {
     ASSERT_TRUE(TagRw::cvsToTm(surface.get(), back));
     EXPECT_TRUE(back == tm);
     EXPECT_EQ(surface->first->nextV->p[2], dim == 2 ? 1.0 : -(stored + 2));
+    EXPECT_TRUE(dim != 2 || surface->first->p[3] == 1.0);
     DoubleVec few(11, 0.0);
     TtupleMatrix tooShort(dim, 4, 5, few);
     for (TtupleMatrix bad : {wrong, tooShort}) {
@@ -174,6 +175,8 @@ TEST(AgRw, NullAndNonsenseRecordsFail) {
   ag_snode corner{nullptr, nullptr, p};
   ag_sknode knot{nullptr, nullptr, p, nullptr};
   constexpr int kHuge = 2147483647;
+  const ag_spline step{1, 0, 1, 0, nullptr, nullptr, 0, 0};  // keeps no knots
+  EXPECT_FALSE(TagRw::knotsToDv(&step, dv));
   for (const int n : {-kHuge - 1, -1, 0, 1, 2, kHuge}) {
     ag_spline curve{n, n, n, n, nullptr, nullptr, n, n};
     ag_surface surface{n, n, n, n, n, n, n, n, n, &corner, &knot, n};
