@@ -25,8 +25,9 @@ void DoubleChDecomp::dofactor() {
     raiseMathErrorCode(knotwork::kFewerRowsThanColumns, static_cast<int>(rows()),
                        static_cast<int>(cols()));
   if (pivoting_) pivots_.resize(cols());
-  DoubleVec work(order());
-  if (work.length() != order() || (pivoting_ && pivots_.length() != cols())) {
+  const unsigned scratch = linpack::kChdcWork * order();
+  DoubleVec work(scratch);
+  if (work.length() != scratch || (pivoting_ && pivots_.length() != cols())) {
     factor_.reference(DoubleGenMat());
     positive_ = -1;
     return;

@@ -63,6 +63,51 @@ TEST(ChDecomp, ReproducesEverySpectrumFromTheUpperTriangleAlone) {
   }
 }
 
+/// The factorisation as it is told: one row after the other, each taken from all that is below.
+int factorRowByRow(DoubleGenMat& a, int pivoting) {
+  const int n = static_cast<int>(a.cols());
+  for (int k = 0; k < n; ++k) {
+    int place = k;
+    for (int q = k + 1; q < n && pivoting; ++q)
+      if (!(a(q, q) <= a(place, place))) place = q;
+    if (!(a(place, place) > 0.0)) return k;
+    const auto element = [&](int i, int j) -> double& { return a(std::min(i, j), std::max(i, j)); };
+    for (int i = 0; i < n && place != k; ++i)
+      if (i != k && i != place) std::swap(element(i, k), element(i, place));
+    if (place != k) std::swap(a(k, k), a(place, place));
+    a(k, k) = std::sqrt(a(k, k));
+    for (int j = k + 1; j < n; ++j) {
+      a(k, j) /= a(k, k);
+      for (int i = k + 1; i <= j && a(k, j) != 0.0; ++i) a(i, j) += -a(k, j) * a(k, i);
+    }
+  }
+  return n;
+}
+
+TEST(ChDecomp, GroupsOfRowsGiveTheBitsOfOneRowAfterTheOther) {
+  RecordedErrors errors;
+  for (const unsigned n : {1u, 7u, 8u, 9u, 16u, 25u, 40u}) {
+    const DoubleGenMat full = gram(Random(n).matrix(n + 2, n));
+    DoubleGenMat late = full.copy(), infinite = full.copy();
+    late(static_cast<int>(n) - 1, static_cast<int>(n) - 1) = -1.0;
+    infinite(0, static_cast<int>(n) / 2) = HUGE_VAL;
+    infinite(0, static_cast<int>(n) - 1) = 0.0;
+    for (const DoubleGenMat& a :
+         {full, late, gram(Random(n).matrix((n + 1) / 2, n)), infinite, full - 3.0})
+      for (const int pivoting : {0, 1}) {
+        DoubleGenMat expected = a.copy();
+        const int k = factorRowByRow(expected, pivoting);
+        const DoubleChDecomp ch = factored(a, pivoting);
+        EXPECT_EQ(ch.lastPosFactor() + 1, k);
+        for (int j = 0; j < static_cast<int>(n); ++j)
+          for (int i = 0; i <= j; ++i) {
+            const double got = ch.factors()(i, j), want = expected(i, j);
+            ASSERT_TRUE(got == want || (std::isnan(got) && std::isnan(want))) << i << ' ' << j;
+          }
+      }
+  }
+}
+
 TEST(ChDecomp, PivotingFindsTheRankOfASemidefiniteMatrix) {
   for (const int rank : {1, 2, 5, 11}) {
     DoubleGenMat data = Random(32).matrix(static_cast<unsigned>(rank), 12);

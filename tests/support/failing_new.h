@@ -16,8 +16,8 @@ class FailingNew {
 /// @return the calls of operator new since the program started.
 long newCalls();
 
-/// @return whether the library's allocations come through here. On Windows they do not: a DLL has its
-/// operator new from the run-time library, and tests of what it allocates must be skipped.
+/// @return whether the library's allocations come through here. On Windows they do not: a DLL has
+/// its operator new from the run-time library, and tests of what it allocates must be skipped.
 bool canObserveAllocation();
 
 }  // namespace knotwork::test

@@ -2,6 +2,7 @@
 // Matrices that show what a decomposition is worth, and their norms; all from fixed seeds.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -101,8 +102,8 @@ struct TestMatrix {
 /// tiny and huge.
 inline std::vector<TestMatrix> allShapesAndSpectra() {
   std::vector<TestMatrix> all;
-  const std::pair<unsigned, unsigned> shapes[] = {{1, 1}, {1, 7},   {7, 1},   {2, 2},  {9, 9},
-                                                  {5, 9}, {30, 11}, {11, 30}, {40, 40}};
+  const std::pair<unsigned, unsigned> shapes[] = {{1, 1}, {1, 7},   {7, 1},   {2, 2},   {9, 9},
+                                                  {5, 9}, {30, 11}, {11, 30}, {40, 40}, {90, 70}};
   for (const auto& [rows, cols] : shapes) {
     const int least = static_cast<int>(std::min(rows, cols));
     const std::string shape = std::to_string(rows) + "x" + std::to_string(cols);

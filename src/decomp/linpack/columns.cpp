@@ -17,21 +17,10 @@ const ColumnKernels& kernels() {
   return baselineColumnKernels;
 }
 
-/// sums[j] = v'y_j for `width` columns; each sum in index order, the columns side by side.
-template <int width>
-void dots(int q, const double* v, const double* y, std::ptrdiff_t ld, double* sums) {
-  double sum[width] = {};
-  for (int i = 0; i < q; ++i)
-    for (int j = 0; j < width; ++j) sum[j] += v[i] * y[j * ld + i];
-  for (int j = 0; j < width; ++j) sums[j] = sum[j];
-}
-
-/// The same for `count` <= kGroup columns.
+/// sums[j] = v'y_j for `count` <= kGroup columns; each sum in index order.
 void dots(int q, const double* v, int count, const double* y, std::ptrdiff_t ld, double* sums) {
-  if (count == kGroup) return dots<kGroup>(q, v, y, ld, sums);
-  int done = 0;
-  for (; done + 2 <= count; done += 2) dots<2>(q, v, y + done * ld, ld, sums + done);
-  if (done < count) sums[done] = blas1::ddot(q, v, y + done * ld);
+  if (count == kGroup) return kernels().dotGroup(q, v, y, ld, sums);
+  for (int j = 0; j < count; ++j) sums[j] = blas1::ddot(q, v, y + j * ld);
 }
 
 }  // namespace
@@ -63,6 +52,10 @@ void addColumns(int q, int count, const double* t, const double* x, std::ptrdiff
     else
       for (int j = 0; j < columns; ++j) blas1::daxpy(q, t[j], x + j * ld, y);
   }
+}
+
+void rotateSweep(int q, int count, const double* c, const double* s, double* x, std::ptrdiff_t ld) {
+  if (count > 0) kernels().rotateSweep(q, count, c, s, x, ld);
 }
 
 }  // namespace knotwork::linpack

@@ -37,4 +37,7 @@ void addToColumns(int q, int count, const double* t, const double* v, double* y,
 /// y = y + t_j x_j for j = 0 .. count - 1, one after the other; columns with t_j = 0 are left out.
 void addColumns(int q, int count, const double* t, const double* x, std::ptrdiff_t ld, double* y);
 
+/// Columns 0 and 1 of length q turned by (c_0, s_0), then 1 and 2 by (c_1, s_1), and so on.
+void rotateSweep(int q, int count, const double* c, const double* s, double* x, std::ptrdiff_t ld);
+
 }  // namespace knotwork::linpack

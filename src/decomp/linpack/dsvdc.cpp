@@ -124,6 +124,39 @@ void Reduction::generateV() {
   }
 }
 
+/// Rotations of neighbouring columns of a matrix, one after the other to the right, saved up and
+/// then made in few passes: every element meets them in their order.
+class Sweep {
+ public:
+  Sweep(const Columns<double>& matrix, int rows, int first, bool wanted)
+      : matrix_(matrix), rows_(rows), first_(first), wanted_(wanted) {}
+  ~Sweep() { make(); }
+  Sweep(const Sweep&) = delete;
+  Sweep& operator=(const Sweep&) = delete;
+
+  void turnNext(double cosine, double sine) {
+    if (!wanted_) return;
+    c_[count_] = cosine;
+    s_[count_++] = sine;
+    if (count_ == kMost) make();
+  }
+
+ private:
+  static constexpr int kMost = 64;
+
+  void make() {
+    rotateSweep(rows_, count_, c_, s_, matrix_.at(0, first_), matrix_.ld());
+    first_ += count_;
+    count_ = 0;
+  }
+
+  Columns<double> matrix_;
+  int rows_, first_;
+  bool wanted_;
+  int count_ = 0;
+  double c_[kMost], s_[kMost];
+};
+
 /// Part two: implicit QR on the bidiagonal matrix, diagonal s, superdiagonal e.
 struct Iteration {
   int n, p;
@@ -144,10 +177,10 @@ struct Iteration {
   double shift(double scale) const;
   void sweep(int l);
   void converge();
-  void turnV(int j, int k, double c, double sine) const {
+  void rotateV(int j, int k, double c, double sine) const {
     if (wantv) blas1::drot(p, V.at(0, j), V.at(0, k), c, sine);
   }
-  void turnU(int j, int k, double c, double sine) const {
+  void rotateU(int j, int k, double c, double sine) const {
     if (wantu) blas1::drot(n, U.at(0, j), U.at(0, k), c, sine);
   }
 };
@@ -220,7 +253,7 @@ void Iteration::clearLastE(int l) {
       f = -sine * e[k - 1];
       e[k - 1] = c * e[k - 1];
     }
-    turnV(k, m - 1, c, sine);
+    rotateV(k, m - 1, c, sine);
   }
 }
 
@@ -232,7 +265,7 @@ void Iteration::clearFirstE(int l) {
     blas1::drotg(&s[k], &f, &c, &sine);
     f = -sine * e[k];
     e[k] = c * e[k];
-    turnU(k, l - 1, c, sine);
+    rotateU(k, l - 1, c, sine);
   }
 }
 
@@ -258,6 +291,7 @@ void Iteration::sweep(int l) {
   const double el = e[l] / scale;
   double f = (sl + sm) * (sl - sm) + shift(scale);
   double g = sl * el;
+  Sweep turnV(V, p, l, wantv), turnU(U, n, l, wantu);
   for (int k = l; k < m - 1; ++k) {
     double c, sine;
     blas1::drotg(&f, &g, &c, &sine);
@@ -266,7 +300,7 @@ void Iteration::sweep(int l) {
     e[k] = c * e[k] - sine * s[k];
     g = sine * s[k + 1];
     s[k + 1] = c * s[k + 1];
-    turnV(k, k + 1, c, sine);
+    turnV.turnNext(c, sine);
 
     blas1::drotg(&f, &g, &c, &sine);
     s[k] = f;
@@ -274,7 +308,7 @@ void Iteration::sweep(int l) {
     s[k + 1] = -sine * e[k] + c * s[k + 1];
     g = sine * e[k + 1];
     e[k + 1] = c * e[k + 1];
-    if (k + 1 < n) turnU(k, k + 1, c, sine);
+    if (k + 1 < n) turnU.turnNext(c, sine);
   }
   e[m - 2] = f;
 }

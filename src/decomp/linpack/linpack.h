@@ -38,12 +38,14 @@ void dgedi(double* a, int lda, int n, const int* ipvt, double* det, double* work
 
 enum class Pivoting : int { kOff = 0, kOn = 1 };
 
+/// Places of scratch that dchdc takes for each column.
+inline constexpr int kChdcWork = 9;
+
 /// Factors P'AP = R'R for the p x p symmetric a, of which only the upper triangle is read and
 /// written. Stops at the first diagonal element that is not positive.
 /// @param jpvt  with pivoting: on entry > 0 for initial, 0 for free, < 0 for final columns; on
-/// return
-///              the column of A in each place.
-/// @param work  scratch, p places.
+///              return the column of A in each place.
+/// @param work  scratch, kChdcWork p places.
 /// @return the number of positive pivots; from there on a holds the Schur complement.
 int dchdc(double* a, int lda, int p, double* work, int* jpvt, Pivoting job);
 
