@@ -15,7 +15,6 @@ namespace detail = knotwork::detail;
 namespace {
 
 constexpr double kSkippedPartOfTolerance = 0.1;
-constexpr unsigned kFirstSizeRefused = 65536;
 
 // Shared by all objects: the one that factored last has set it for the others.
 double skipThreshold = 1e-13;
@@ -41,7 +40,8 @@ class HouseholderFactor {
  public:
   explicit HouseholderFactor(const Thouseholder& solver) : s_(solver) {}
 
-  // Whether memory was had for all that the factorisation needs.
+  // Whether there is room for all that the factorisation needs: memory may have run out, and from
+  // 65536 rows or columns on the work vectors are too short.
   bool hasStorage() const;
   HouseholderSystem system() const;
   // Does to the sides what normalisation did to the rows, if there are as many.
@@ -211,6 +211,7 @@ bool Thouseholder::factor() {
   // Storage is always new: copies of this solver may share the old one.
   rowPerm_.reference(identity(matrix_.rows()));
   colPerm_.reference(identity(matrix_.cols()));
+  // Lengths are taken modulo 65536.
   const unsigned pivots = std::max(static_cast<std::uint16_t>(matrix_.rows()),
                                    static_cast<std::uint16_t>(matrix_.cols()));
   beta_.reference(DoubleVec(pivots, 0.0));
@@ -226,7 +227,7 @@ bool Thouseholder::inPlace() {
   if (static_cast<int>(factorMatrix_.rows()) < constraintRows_) return false;
   if (!dependent_) return true;
   const unsigned places = std::max(matrix_.rows(), matrix_.cols());
-  if (places >= kFirstSizeRefused || !HouseholderFactor(*this).hasStorage()) return false;
+  if (!HouseholderFactor(*this).hasStorage()) return false;
   DoubleVec values(places), products(places);
   IntVec columns(places), rows(places);
   if (std::min({values.length(), products.length(), columns.length(), rows.length()}) < places) {
