@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+// The commands insert, convert and info.
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <ostream>
+
+#include "base/fault.h"
+#include "base/text.h"
+#include "cli/app.h"
+#include "cli/outputs.h"
+#include "cli/report.h"
+#include "fit/shape.h"
+#include "io/fit_json.h"
+
+namespace knotfit {
+namespace {
+
+struct InsertArguments {
+  std::string input, direction = "u";
+  std::vector<std::string> knots;
+  OutputOptions outputs;
+};
+
+struct Insertion {
+  double at = 0;
+  int times = 1;
+};
+
+Insertion insertionOf(const std::string& text, const Spline& s, int direction) {
+  const std::size_t colon = text.find(':');
+  Insertion in;
+  long long times = 1;
+  const bool ok = parseNumber(text.substr(0, colon), in.at) == NumberFault::kNone &&
+                  (colon == std::string::npos || parseInteger(text.substr(colon + 1), times));
+  if (!ok) throw Fault(kUsage, cat("--knot: wants T or T:TIMES, not ", inQuotes(text)));
+  const auto d = static_cast<std::size_t>(direction);
+  if (!(in.at > s.first(direction) && in.at < s.last(direction))) {
+    throw Fault(kUsage, cat("--knot ", in.at, " is not within the domain ", s.first(direction),
+                            " to ", s.last(direction), "; name a place inside"));
+  }
+  const auto there = std::count(s.knots[d].begin(), s.knots[d].end(), in.at);
+  if (times < 1 || there + times > s.degree[d]) {
+    throw Fault(kUsage, cat("--knot ", text, ": ", there, " stand there, and degree ", s.degree[d],
+                            " takes ", s.degree[d], " at most; insert 1 to ",
+                            std::max<long long>(s.degree[d] - there, 0)));
+  }
+  in.times = static_cast<int>(times);
+  return in;
+}
+
+Spline inserted(const Spline& s, const Insertion& in, int direction) {
+  if (s.isCurve()) {
+    CurveShape shape(s);
+    shape.insert(in.at, in.times);
+    return shape.spline(s);
+  }
+  SurfaceShape shape(s);
+  shape.insert(direction, in.at, in.times);
+  return shape.spline(s);
+}
+
+std::string sizeText(const Spline& s) {
+  return s.isCurve() ? cat(s.size[0], " control points")
+                     : cat(s.size[0], " x ", s.size[1], " control points");
+}
+
+void tellFiles(const FitOutputs& outputs, const Spline& s, const OutputOptions& o,
+               const Streams& streams) {
+  Report report;
+  report.line(s.isCurve() ? "curve" : "surface", sizeText(s));
+  report.line("wrote", outputs.list(s));
+  (o.takesStandardOutput() ? streams.err : streams.out) << report.text;
+}
+
+int insertCommand(const InsertArguments& a, const Streams& streams) {
+  FitOutputs outputs(a.outputs);
+  Spline s = readFit(a.input);
+  const int direction = a.direction == "v" ? 1 : 0;
+  if (direction >= s.directions) throw Fault(kUsage, "--dir v: a curve has no direction v");
+  for (const std::string& text : a.knots) {
+    s = inserted(s, insertionOf(text, s, direction), direction);
+  }
+  outputs.addFit(s, {});
+  outputs.commit();
+  tellFiles(outputs, s, a.outputs, streams);
+  return kDone;
+}
+
+int convertCommand(const std::string& input, const OutputOptions& o, const Streams& streams) {
+  FitOutputs outputs(o);
+  const Spline s = readFit(input);
+  outputs.addFit(s, {});
+  outputs.commit();
+  tellFiles(outputs, s, o, streams);
+  return kDone;
+}
+
+std::string rangeText(const std::vector<double>& values, std::size_t first, std::size_t step) {
+  double low = std::numeric_limits<double>::infinity(), high = -low;
+  for (std::size_t i = first; i < values.size(); i += step) {
+    low = std::min(low, values[i]);
+    high = std::max(high, values[i]);
+  }
+  return cat(significant(low, 7), " to ", significant(high, 7));
+}
+
+void addBounds(Report& report, const std::vector<double>& coords, int dim) {
+  for (int c = 0; c < dim; ++c) {
+    report.line(std::string(1, "xyz"[c]),
+                rangeText(coords, static_cast<std::size_t>(c), static_cast<std::size_t>(dim)));
+  }
+}
+
+Report infoOfFit(const Spline& s) {
+  Report r;
+  r.line(s.isCurve() ? "curve" : "surface",
+         cat("degree ", s.degree[0], s.isCurve() ? "" : cat(" x ", s.degree[1]), ", ", sizeText(s),
+             ", dimension ", s.dim, s.closed ? ", closed" : "", ", ", s.units));
+  for (int d = 0; d < s.directions; ++d) {
+    const std::vector<double>& t = s.knots[static_cast<std::size_t>(d)];
+    const auto distinct =
+        static_cast<std::size_t>(1 + std::inner_product(t.begin() + 1, t.end(), t.begin(), 0,
+                                                        std::plus<>(), std::not_equal_to<>()));
+    r.line(d ? "knots v" : "knots u",
+           cat(t.size(), " knots, ", distinct, " distinct, range ", s.first(d), " to ", s.last(d)));
+  }
+  addBounds(r, s.controls, s.dim);
+  return r;
+}
+
+Report infoOfPoints(const PointSet& points) {
+  Report r;
+  std::size_t same = 0;
+  double least = std::numeric_limits<double>::infinity(), most = 0, sum = 0;
+  for (std::size_t i = 1; i < points.count(); ++i) {
+    double squared = 0;
+    for (int c = 0; c < points.dim; ++c) squared += std::pow(points[i][c] - points[i - 1][c], 2);
+    const double d = std::sqrt(squared);
+    same += d == 0;
+    least = std::min(least, d);
+    most = std::max(most, d);
+    sum += d;
+  }
+  r.line("points", cat(points.count(), " points (", points.dim, " columns)"));
+  addBounds(r, points.coords, points.dim);
+  if (points.count() > 1) {
+    r.line("spacing", cat(significant(least, 6), " to ", significant(most, 6), ", mean ",
+                          significant(sum / static_cast<double>(points.count() - 1), 6),
+                          ", length ", significant(sum, 7)));
+    r.line("same",
+           cat(same, same == 1 ? " point coincides" : " points coincide", " with the one before"));
+  }
+  return r;
+}
+
+Report infoOfTable(const std::string& path) {
+  ByteSource source(path);
+  const Table table = readTable(source, {}, [](const auto&, std::size_t width) {
+    std::vector<std::size_t> all;
+    for (std::size_t i = 0; i < width; ++i) all.push_back(i);
+    return all;
+  });
+  Report r;
+  r.line("table", cat(table.rows, " rows, ", table.columns, " columns"));
+  r.line("values", rangeText(table.values, 0, 1));
+  return r;
+}
+
+int infoCommand(const std::string& path, const std::string& columns, const Streams& streams) {
+  const std::string suffix = lowered(std::filesystem::path(path).extension().string());
+  Report report;
+  if (suffix == ".json") {
+    report = infoOfFit(readFit(path));
+  } else {
+    bool points = true;
+    if (suffix == ".csv" && columns.empty()) {  // a table of more columns is no list of points
+      ByteSource source(path);
+      readTable(source, {}, [&](const auto& names, std::size_t width) {
+        points = width <= 3 || !names.empty();
+        return std::vector<std::size_t>{};
+      });
+    }
+    PointOptions options;
+    options.columns = columns;
+    report = points ? infoOfPoints(readPoints(path, options)) : infoOfTable(path);
+  }
+  streams.out << report.text;
+  return kDone;
+}
+
+}  // namespace
+
+void addInsertCommand(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("insert", "insert knots; the shape stays the same");
+  const auto a = std::make_shared<InsertArguments>();
+  command->add_option("FIT", a->input, "a fit written as JSON")->required();
+  command->add_option("--knot", a->knots, "where, and how often [1]; may repeat")
+      ->type_name("T[:MULT]")
+      ->required();
+  command->add_option("--dir", a->direction, "u|v: direction of a surface [u]")
+      ->check(CLI::IsMember({"u", "v"}))
+      ->type_name("DIR");
+  a->outputs.addTo(*command);
+  command->get_option("--output")->required();
+  command->footer("\nExample: knotfit insert section.json --knot 0.5:3 -o split.json");
+  command->callback(
+      [a, &chosen] { chosen = [a](const Streams& s) { return insertCommand(*a, s); }; });
+}
+
+void addConvertCommand(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("convert", "write a fit in other formats");
+  const auto a = std::make_shared<InsertArguments>();
+  command->add_option("FIT", a->input, "a fit written as JSON")->required();
+  a->outputs.addTo(*command);
+  command->get_option("--output")->required();
+  command->footer("\nExample: knotfit convert section.json -o section.stp -o section.pdf");
+  command->callback([a, &chosen] {
+    chosen = [a](const Streams& s) { return convertCommand(a->input, a->outputs, s); };
+  });
+}
+
+void addInfoCommand(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("info", "tell what is in a file of points or a fit");
+  const auto input = std::make_shared<std::string>(), columns = std::make_shared<std::string>();
+  command->add_option("FILE", *input, "points, a table or a fit")->required();
+  command->add_option("--columns", *columns, "columns of x, y and z, by name or number from 1")
+      ->type_name("X,Y,Z");
+  command->footer("\nExample: knotfit info section.csv");
+  command->callback([input, columns, &chosen] {
+    chosen = [input, columns](const Streams& s) { return infoCommand(*input, *columns, s); };
+  });
+}
+
+}  // namespace knotfit
