@@ -69,6 +69,11 @@ const char* modeOf(const FitOptions& o) { return o.endsExact ? "exact" : "free";
 
 }  // namespace
 
+std::string sizeText(const Spline& s) {
+  return s.isCurve() ? cat(s.size[0], " control points")
+                     : cat(s.size[0], " x ", s.size[1], " control points");
+}
+
 void Report::line(const std::string& key, const std::string& value) {
   std::string head = key;
   head.resize(9, ' ');

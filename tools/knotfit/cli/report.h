@@ -21,6 +21,9 @@ struct Report {
   void line(const std::string& key, const std::string& value);
 };
 
+/// @return "40 control points" or "30 x 21 control points".
+std::string sizeText(const Spline& spline);
+
 /// What was asked, as far as the report tells it and the fit does not.
 struct ReportContext {
   std::string parameters;  ///< "chord-length", "centripetal", "uniform", "given"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Pictures of surfaces: a shaded view from the side, and a map of the residuals.
+// Pictures of surfaces: a shaded view from the side with the control net.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -7,98 +7,12 @@
 #include "base/text.h"
 #include "draw/axes.h"
 #include "draw/scenes.h"
+#include "draw/view.h"
 #include "fit/deviation.h"
 #include "fit/shape.h"
 
 namespace knotfit {
 namespace {
-
-using Vec3 = std::array<double, 3>;
-
-double dot(const Vec3& a, const Vec3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-// The box of everything that is shown, heights drawn out or pressed where they would not show.
-struct Box {
-  std::array<Range, 3> range;
-  double stretch = 1;  // of z
-};
-
-double roundStretch(double wanted) {
-  const double power = std::pow(10.0, std::floor(std::log10(wanted)));
-  const double digit = wanted / power;
-  return power * std::floor(digit);
-}
-
-Box boxOf(const Spline& s) {
-  Box box;
-  for (std::size_t c = 0; c < 3; ++c) {
-    Range r{s.controls[c], s.controls[c]};
-    for (std::size_t i = c; i < s.controls.size(); i += 3) r.take(s.controls[i]);
-    if (r.size() == 0) r = r.widened(0);
-    box.range[c] = r;
-  }
-  const double across = std::max(box.range[0].size(), box.range[1].size());
-  const double ratio = box.range[2].size() / across;
-  if (ratio < 0.2) box.stretch = roundStretch(0.45 / ratio);
-  if (ratio > 2) box.stretch = roundStretch(1.0 / ratio);
-  return box;
-}
-
-// A parallel view from the front right, above.
-class View {
- public:
-  View(const Spline& s, const Box& box, Place topLeft, double width, double most) : box_(box) {
-    const Vec3 start = turned({box.range[0].low, box.range[1].low, box.range[2].high});
-    Range x{start[0], start[0]}, y{start[1], start[1]};
-    const auto take = [&](const Vec3& p) {
-      x.take(turned(p)[0]);
-      y.take(turned(p)[1]);
-    };
-    for (const double a : {box.range[0].low, box.range[0].high}) {
-      for (const double b : {box.range[1].low, box.range[1].high}) take({a, b, box.range[2].low});
-    }
-    for (std::size_t i = 0; i < s.controls.size(); i += 3) {
-      take({s.controls[i], s.controls[i + 1], s.controls[i + 2]});
-    }
-    scale_ = std::min(width / x.size(), most / y.size());
-    origin_ = {topLeft.x + width / 2 - scale_ * (x.low + x.high) / 2, topLeft.y + scale_ * y.high};
-    bottom_ = topLeft.y + scale_ * y.size();
-  }
-
-  double bottom() const { return bottom_; }
-
-  Place at(const Vec3& p) const {
-    const Vec3 t = turned(p);
-    return {origin_.x + scale_ * t[0], origin_.y - scale_ * t[1]};
-  }
-  /// Nearness to the viewer.
-  double depth(const Vec3& p) const { return turned(p)[2]; }
-  /// Brightness of a facet with this normal in model units, the light being up on the left.
-  double light(Vec3 normal) const {
-    normal[2] /= box_.stretch;
-    const double length = std::sqrt(dot(normal, normal));
-    const Vec3 lamp = {-0.35, -0.45, 0.82};
-    return length > 0 ? std::abs(dot(normal, lamp)) / length : 1;
-  }
-  double extent() const {
-    return std::max(
-        {box_.range[0].size(), box_.range[1].size(), box_.stretch * box_.range[2].size()});
-  }
-
- private:
-  Vec3 turned(const Vec3& p) const {
-    constexpr double kCosA = 0.5, kSinA = -0.8660254037844386;  // 60 degrees to the right
-    constexpr double kCosE = 0.8191520442889918, kSinE = 0.573576436351046;  // 35 degrees above
-    const Vec3 q = {p[0] - box_.range[0].low, p[1] - box_.range[1].low,
-                    box_.stretch * (p[2] - box_.range[2].low)};
-    return {-kSinA * q[0] + kCosA * q[1], -kSinE * (kCosA * q[0] + kSinA * q[1]) + kCosE * q[2],
-            kCosE * (kCosA * q[0] + kSinA * q[1]) + kSinE * q[2]};
-  }
-
-  Box box_;
-  double scale_ = 1, bottom_ = 0;
-  Place origin_;
-};
 
 // A facet of the surface or a piece of the control net, to be drawn from far to near.
 struct Piece {
@@ -144,7 +58,7 @@ void addFacets(const Spline& s, const View& view, std::vector<Piece>& pieces) {
 }
 
 void addNet(const Spline& s, const View& view, std::vector<Piece>& pieces) {
-  constexpr int kParts = 3;
+  constexpr double kPartLength = 5;           // on the page: hidden to that exactness
   const double lift = 0.006 * view.extent();  // nearer than the facets it lies on
   const double width = s.count() > 600 ? 0.3 : 0.6;
   const auto point = [&](std::size_t i, std::size_t j) {
@@ -152,11 +66,13 @@ void addNet(const Spline& s, const View& view, std::vector<Piece>& pieces) {
     return Vec3{p[0], p[1], p[2]};
   };
   const auto add = [&](const Vec3& a, const Vec3& b) {
-    for (int k = 0; k < kParts; ++k) {
+    const Place p = view.at(a), q = view.at(b);
+    const int parts = 1 + static_cast<int>(std::hypot(p.x - q.x, p.y - q.y) / kPartLength);
+    for (int k = 0; k < parts; ++k) {
       Vec3 from, to;
       for (std::size_t c = 0; c < 3; ++c) {
-        from[c] = a[c] + (b[c] - a[c]) * k / kParts;
-        to[c] = a[c] + (b[c] - a[c]) * (k + 1) / kParts;
+        from[c] = a[c] + (b[c] - a[c]) * k / parts;
+        to[c] = a[c] + (b[c] - a[c]) * (k + 1) / parts;
       }
       pieces.push_back({(view.depth(from) + view.depth(to)) / 2 + lift,
                         {view.at(from), view.at(to)},
@@ -191,7 +107,7 @@ void drawNumbers(Canvas& canvas, const Box& box, const View& view, const std::st
   const auto axis = [&](std::size_t c, Vec3 from, Place step, Anchor anchor,
                         const std::string& name, double nameAt) {
     const Range& r = box.range[c];
-    const Ticks ticks = roundTicks(r, c == 2 ? 3 : 5);
+    const Ticks ticks = roundTicks(r, c == 2 ? 4 : 5);
     for (std::size_t i = 0; i < ticks.places.size(); ++i) {
       from[c] = ticks.places[i];
       const Place p = view.at(from);
@@ -227,70 +143,6 @@ void drawView(Canvas& canvas, const Spline& s, const Box& box, const View& view)
   drawNumbers(canvas, box, view, s.units);
 }
 
-// From light to dark in even steps of grey, so that a copy without colour reads the same.
-Colour mapColour(double share) {
-  constexpr std::array<Colour, 5> kStops = {{{0.98, 0.97, 0.90},
-                                             {0.80, 0.86, 0.62},
-                                             {0.36, 0.70, 0.62},
-                                             {0.18, 0.42, 0.58},
-                                             {0.13, 0.10, 0.30}}};
-  const double at = std::clamp(share, 0.0, 1.0) * (kStops.size() - 1);
-  const auto k = std::min<std::size_t>(static_cast<std::size_t>(at), kStops.size() - 2);
-  const double t = at - static_cast<double>(k);
-  const auto mixed = [t](double a, double b) { return a + t * (b - a); };
-  return {mixed(kStops[k].red, kStops[k + 1].red), mixed(kStops[k].green, kStops[k + 1].green),
-          mixed(kStops[k].blue, kStops[k + 1].blue)};
-}
-
-void drawBar(Canvas& canvas, const Rect& bar, double top, const std::string& units) {
-  constexpr int kSteps = 128;
-  for (int i = 0; i < kSteps; ++i) {
-    const double h = bar.height / kSteps;
-    canvas.rectangle({bar.x, bar.bottom() - h * (i + 1), bar.width, h + 0.3},
-                     mapColour((i + 0.5) / kSteps));
-  }
-  canvas.frame(bar, kInk, 0.8);
-  const Ticks ticks = roundTicks({0, top}, 6);
-  for (std::size_t i = 0; i < ticks.places.size(); ++i) {
-    const double y = bar.bottom() - bar.height * ticks.places[i] / top;
-    canvas.polyline({{bar.right(), y}, {bar.right() + 4, y}}, kInk, 0.8);
-    canvas.text({bar.right() + 7, y}, ticks.labels[i], 10, Anchor::kStart);
-  }
-  canvas.text({bar.x + bar.width / 2, bar.y - 12}, units, 10, Anchor::kMiddle);
-}
-
-void drawMap(Canvas& canvas, const Spline& s, const PictureData& data, const Rect& area) {
-  const PointGrid& grid = *data.grid;
-  const double top = std::max(summaryOf(*data.distances).max, 1e-300);
-  const double n = static_cast<double>(grid.rows), m = static_cast<double>(grid.columns);
-  const Panel panel(area, {0.5, n + 0.5}, {0.5, m + 0.5});
-  canvas.clip(area);
-  for (std::size_t i = 0; i < grid.rows; ++i) {
-    for (std::size_t j = 0; j < grid.columns; ++j) {
-      const double x = static_cast<double>(i) + 0.5, y = static_cast<double>(j) + 0.5;
-      const Place low = panel.at(x, y), high = panel.at(x + 1, y + 1);
-      canvas.rectangle({low.x, high.y, high.x - low.x + 0.3, low.y - high.y + 0.3},
-                       mapColour((*data.distances)[i * grid.columns + j] / top));
-    }
-  }
-  canvas.unclip();
-  const auto axis = [&](double count, bool across) {
-    for (const double k : roundTicks({1, count}, 5).places) {
-      const Place p = across ? panel.at(k, 0.5) : panel.at(0.5, k);
-      canvas.text(across ? Place{p.x, p.y + 10} : Place{p.x - 6, p.y}, cat(static_cast<int>(k)), 10,
-                  across ? Anchor::kMiddle : Anchor::kEnd);
-    }
-  };
-  axis(n, true);
-  axis(m, false);
-  canvas.frame(area, kInk, 0.8);
-  canvas.text({area.x + area.width / 2, area.bottom() + 26}, "grid row (u)", 11, Anchor::kMiddle);
-  canvas.text({area.x - 36, area.y + area.height / 2}, "grid column (v)", 11, Anchor::kMiddle, kInk,
-              true);
-  canvas.text({area.x, area.y - 12}, "distance at the parameters", 11, Anchor::kStart);
-  drawBar(canvas, {area.right() + 16, area.y, 12, area.height}, top, s.units);
-}
-
 }  // namespace
 
 std::string drawSurface(const Spline& s, const PictureData& data, Format format) {
@@ -314,8 +166,8 @@ std::string drawSurface(const Spline& s, const PictureData& data, Format format)
         static_cast<double>(data.grid->columns) / static_cast<double>(data.grid->rows);
     const double high = std::clamp(kMap * ratio, 140.0, height - kHead - 50);
     const double wide = std::clamp(high / ratio, 140.0, kMap);
-    drawMap(canvas, s, data,
-            {kView + 56, kHead - 10 + (height - kHead - 40 - high) / 2, wide, high});
+    drawResidualMap(canvas, s, data,
+                    {kView + 56, kHead - 10 + (height - kHead - 40 - high) / 2, wide, high});
   }
   return canvas.finish();
 }

@@ -6,167 +6,11 @@
 #include <cmath>
 
 #include "base/fault.h"
-#include "base/text.h"
+#include "fit/grid_solver.h"
 #include "fit/nearest.h"
 
 namespace knotfit {
 namespace {
-
-// One direction of the tensor product: its matrix and which line of the grid each row stands for.
-struct Direction {
-  FitSystem system;
-  std::vector<std::ptrdiff_t> lines;  // -1: a row of smoothing, its data are zero
-};
-
-Direction directionOf(const std::vector<double>& u, const std::vector<double>& knots, int degree,
-                      const FitOptions& options) {
-  Direction d;
-  d.system.unknowns = knots.size() - static_cast<std::size_t>(degree) - 1;
-  d.system.dim = 0;
-  const bool ends = options.edges == Edges::kExact;
-  const auto add = [&](std::size_t i) {
-    d.system.add(SparseRow(basisRow(knots, degree, u[i])), nullptr);
-    d.lines.push_back(static_cast<std::ptrdiff_t>(i));
-  };
-  for (std::size_t i = ends; i + ends < u.size(); ++i) add(i);
-  addSmoothing(d.system, knots, degree, options.smooth);
-  d.lines.resize(d.system.rows.size(), -1);
-  if (ends) {
-    add(0);
-    add(u.size() - 1);
-    d.system.constraints = 2;
-  }
-  if (options.smooth == 0) checkDetermined(knots, degree, u);
-  checkSize(d.system.rows.size(), d.system.unknowns, options.solver.method);
-  return d;
-}
-
-TtupleMatrix gridTuples(const Direction& u, const Direction& v, const std::vector<double>& values,
-                        std::size_t columns) {
-  TtupleMatrix b(3, static_cast<int>(u.lines.size()), static_cast<int>(v.lines.size()), 0.0);
-  for (std::size_t i = 0; i < u.lines.size(); ++i) {
-    for (std::size_t j = 0; j < v.lines.size(); ++j) {
-      if (u.lines[i] < 0 || v.lines[j] < 0) continue;
-      const std::size_t at =
-          static_cast<std::size_t>(u.lines[i]) * columns + static_cast<std::size_t>(v.lines[j]);
-      DoubleVec point = b.point(static_cast<int>(i), static_cast<int>(j));
-      for (int c = 0; c < 3; ++c) point(c) = values[3 * at + static_cast<std::size_t>(c)];
-    }
-  }
-  return b;
-}
-
-// Data on the grid, and the smoothing rows' share of the residual beside them, all as one grid of
-// lines: U x V' subtracted from b.
-TtupleMatrix residual(const Direction& u, const Direction& v, const TtupleMatrix& b,
-                      const TtupleMatrix& x) {
-  const auto nu = u.system.rows.size(), nv = v.system.rows.size();
-  const auto xv = static_cast<std::size_t>(x.cols());
-  std::vector<double> half(3 * nu * xv, 0.0);  // U x
-  for (std::size_t i = 0; i < nu; ++i) {
-    const SparseRow& row = u.system.rows[i];
-    for (std::size_t k = 0; k < row.columns.size(); ++k) {
-      for (std::size_t j = 0; j < xv; ++j) {
-        const DoubleVec p = x.point(static_cast<int>(row.columns[k]), static_cast<int>(j));
-        for (int c = 0; c < 3; ++c) {
-          half[3 * (i * xv + j) + static_cast<std::size_t>(c)] += row.values[k] * p(c);
-        }
-      }
-    }
-  }
-  TtupleMatrix r = b.copy();
-  for (std::size_t i = 0; i < nu; ++i) {
-    for (std::size_t j = 0; j < nv; ++j) {
-      DoubleVec p = r.point(static_cast<int>(i), static_cast<int>(j));
-      const SparseRow& row = v.system.rows[j];
-      for (std::size_t k = 0; k < row.columns.size(); ++k) {
-        for (int c = 0; c < 3; ++c) {
-          p(c) -= row.values[k] * half[3 * (i * xv + row.columns[k]) + static_cast<std::size_t>(c)];
-        }
-      }
-    }
-  }
-  return r;
-}
-
-double scaleOf(const TtupleMatrix& b) {
-  double most = 0;
-  const DoubleVec flat = b.data();
-  for (unsigned i = 0; i < flat.length(); ++i)
-    most = std::max(most, std::abs(flat(static_cast<int>(i))));
-  return most > 0 ? std::ldexp(1.0, 40 - std::ilogb(most)) : 1.0;
-}
-
-// As FactoredSystem does for curves: data scaled by a power of two, one step of refinement.
-class GridSolver {
- public:
-  GridSolver(const Direction& u, const Direction& v, const SolverOptions& options)
-      : u_(u),
-        v_(v),
-        solverU_(newSolver(options)),
-        solverV_(newSolver(options)),
-        tensor_(*solverU_, *solverV_) {}
-
-  TtupleMatrix solve(const TtupleMatrix& b) {
-    check(tensor_.setMatrix(
-        denseMatrix(u_.system), denseMatrix(v_.system), static_cast<int>(u_.system.constraints),
-        static_cast<int>(v_.system.constraints), false, false, false, false, false, false));
-    return refined(b, zeros(), [&](const TtupleMatrix& rhs, TtupleMatrix& x) {
-      return tensor_.solve(rhs, &x);
-    });
-  }
-
-  // The four corner control points are prescribed: they are the grid's corners.
-  TtupleMatrix solveWithCorners(const TtupleMatrix& b, const TtupleMatrix& corners) {
-    IntGenMat fixed(static_cast<unsigned>(u_.system.unknowns),
-                    static_cast<unsigned>(v_.system.unknowns), 0);
-    const int n = static_cast<int>(fixed.rows()) - 1, m = static_cast<int>(fixed.cols()) - 1;
-    for (const int i : {0, n}) {
-      for (const int j : {0, m}) fixed.set(i, j, 1);
-    }
-    const DoubleGenMat u = denseMatrix(u_.system), v = denseMatrix(v_.system);
-    return refined(b, corners, [&](const TtupleMatrix& rhs, TtupleMatrix& x) {
-      return tensor_.solveFixed(u, v, fixed, rhs, &x);
-    });
-  }
-
- private:
-  TtupleMatrix zeros() const {
-    return TtupleMatrix(3, static_cast<int>(u_.system.unknowns),
-                        static_cast<int>(v_.system.unknowns), 0.0);
-  }
-
-  // `prescribed` holds the values of fixed unknowns, zero elsewhere.
-  template <class Solve>
-  TtupleMatrix refined(const TtupleMatrix& b, const TtupleMatrix& prescribed, Solve solve) const {
-    const double scale = scaleOf(b);
-    TtupleMatrix rhs = b.copy(), x = prescribed.copy();
-    rhs *= scale;
-    x *= scale;
-    check(solve(rhs, x));
-    TtupleMatrix rest = residual(u_, v_, rhs, x), step = zeros();
-    const double again = scaleOf(rest);
-    rest *= again;
-    check(solve(rest, step));
-    step *= 1.0 / again;
-    x += step;
-    x *= 1.0 / scale;
-    return x;
-  }
-
-  static void check(int code) {
-    if (code != 0) {
-      throw Fault(kNoSolution,
-                  "no unique solution: a direction of the grid is rank deficient; "
-                  "fewer --controls, or add --smooth 1e-6");
-    }
-  }
-
-  const Direction& u_;
-  const Direction& v_;
-  std::unique_ptr<TsolveConstrainedLsq> solverU_, solverV_;
-  TsolveTensorProductLsq tensor_;
-};
 
 std::vector<double> spread(const PointGrid& grid, bool alongU, Spacing spacing) {
   const std::size_t n = alongU ? grid.rows : grid.columns;
@@ -197,6 +41,19 @@ std::vector<double> knotsAlong(const FitOptions& o, const std::vector<double>& u
   return averagedKnots(u, degree, n);
 }
 
+// The grid's corners as control points, zeros elsewhere.
+TtupleMatrix cornersOf(const PointGrid& grid, const std::array<std::size_t, 2>& size) {
+  TtupleMatrix corners(3, static_cast<int>(size[0]), static_cast<int>(size[1]), 0.0);
+  for (const std::size_t i : {std::size_t{0}, size[0] - 1}) {
+    for (const std::size_t j : {std::size_t{0}, size[1] - 1}) {
+      DoubleVec p = corners.point(static_cast<int>(i), static_cast<int>(j));
+      const double* datum = grid.at(i ? grid.rows - 1 : 0, j ? grid.columns - 1 : 0);
+      for (int c = 0; c < 3; ++c) p(c) = datum[c];
+    }
+  }
+  return corners;
+}
+
 SurfaceFit fitWith(const PointGrid& grid, const FitOptions& options,
                    const std::array<std::size_t, 2>& controls) {
   SurfaceFit fit;
@@ -214,22 +71,9 @@ SurfaceFit fitWith(const PointGrid& grid, const FitOptions& options,
   }
   const TtupleMatrix b = gridTuples(d[0], d[1], grid.coords, grid.columns);
   GridSolver solver(d[0], d[1], options.solver);
-  TtupleMatrix x;
-  TtupleMatrix corners(3, static_cast<int>(controls[0]), static_cast<int>(controls[1]), 0.0);
-  if (options.edges == Edges::kCorners) {
-    for (const std::size_t i : {std::size_t{0}, controls[0] - 1}) {
-      for (const std::size_t j : {std::size_t{0}, controls[1] - 1}) {
-        DoubleVec p = corners.point(static_cast<int>(i), static_cast<int>(j));
-        const double* datum = grid.at(i ? grid.rows - 1 : 0, j ? grid.columns - 1 : 0);
-        for (int c = 0; c < 3; ++c) p(c) = datum[c];
-      }
-    }
-    TtupleMatrix solved = solver.solveWithCorners(b, corners);
-    x.reference(solved);
-  } else {
-    TtupleMatrix solved = solver.solve(b);
-    x.reference(solved);
-  }
+  const TtupleMatrix x = options.edges == Edges::kCorners
+                             ? solver.solveWithCorners(b, cornersOf(grid, controls))
+                             : solver.solve(b);
   s.controls.resize(3 * s.count());
   for (std::size_t i = 0; i < s.size[0]; ++i) {
     for (std::size_t j = 0; j < s.size[1]; ++j) {

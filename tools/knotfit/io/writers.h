@@ -28,7 +28,7 @@ struct Tessellation {
 std::string igesText(const Spline& spline);
 /// Source of the format: ISO 10303-21 and -214, b_spline_curve_with_knots and its surface kin.
 std::string stepText(const Spline& spline);
-/// Source of the format: Wavefront OBJ 3.0, free-form geometry.
+/// Source of the format: the OBJ format, version 3.0, free-form geometry.
 std::string objText(const Spline& spline);
 /// Points of the shape: u,x,y[,z] or u,v,x,y,z with a head line.
 std::string csvText(const Spline& spline, const Tessellation& tessellation);
