@@ -29,8 +29,9 @@ void printKnots(std::FILE* file, const KnotRecord& knots) {
 // Whether there are such surfaces, their control points counted by an int.
 bool isSurface(int dim, int uDegree, int vDegree, int uSpans, int vSpans) {
   if (std::min({dim, uDegree, vDegree, uSpans, vSpans}) < 0) return false;
+  const long long columns = static_cast<long long>(uSpans) + uDegree;
   const long long rows = static_cast<long long>(vSpans) + vDegree;
-  return static_cast<long long>(uSpans) + uDegree <= INT_MAX / std::max(rows, 1LL);
+  return columns > 0 && rows > 0 && columns <= INT_MAX / rows;
 }
 
 void copyKnots(const KnotRecord& from, KnotRecord& to) {
