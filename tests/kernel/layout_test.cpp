@@ -27,8 +27,8 @@ std::string printed(const Object& s) {
   return text;
 }
 
-// An eighth of the unit sphere: u around the axis, v from the equator to the pole.
-AP_SURFACE sphereOctant(double scale) {
+// An eighth of a sphere: u around the axis, v from the equator to the pole, or from there.
+AP_SURFACE sphereOctant(double scale, bool fromPole) {
   AP_SURFACE s(3, 2, 2, 1, 1, 1, 1);
   const double w = std::sqrt(0.5);
   const double arc[3][3] = {{1, 0, 1}, {w, w, w}, {0, 1, 1}};  // weighted x, y and the weight
@@ -37,7 +37,7 @@ AP_SURFACE sphereOctant(double scale) {
       const double radius = scale * arc[i][0], height = scale * arc[i][1], weight = arc[i][2];
       const double point[] = {radius * arc[j][0], radius * arc[j][1], height * arc[j][2],
                               weight * arc[j][2]};
-      s.set(i, j, point, 4);
+      s.set(fromPole ? 2 - i : i, j, point, 4);
     }
   }
   return s;
@@ -69,6 +69,35 @@ TEST(Spline, ClampedEndsAreTheControlPointsToTheBitAlsoAfterInsertion) {
       for (std::size_t c = 0; c < 3; ++c) {
         EXPECT_TRUE(out[c] == p[c] && std::signbit(out[c]) == std::signbit(p[c])) << n;
       }
+    }
+  }
+}
+
+// Both ends of a span serve alike: what runs the other way is evaluated by the same steps.
+TEST(Spline, ACurveRunBackwardsHasTheSamePointsToTheBit) {
+  Maker make(14);
+  for (int n = 0; n < 200; ++n) {
+    const int m = 1 + make.upTo(6), spans = 1 + make.upTo(4);
+    AP_SPLINE s(1, m, spans, 0), back(1, m, spans, 0);
+    make.fill(s.CV(), s.Count(), 1, false);
+    std::reverse_copy(s.CV(), s.CV() + s.Count(), back.CV());
+    const double t = (2 * make.upTo(32 * spans - 1) + 1) / 64.0;
+    double a[8], b[8];
+    s.eval(a, t, 1);
+    back.eval(b, spans - t, 1);
+    EXPECT_TRUE(t == 0.5 + static_cast<int>(t) || (a[0] == b[0] && a[1] == -b[1])) << t;
+  }
+}
+
+TEST(KnotRecord, SpansAreFoundAsTheyAreDefined) {
+  Maker make(15);
+  for (int n = 0; n < 50; ++n) {
+    knotwork::KnotRecord knots(make.upTo(3), 2 + make.upTo(80));
+    make.fill(knots);
+    const Basis model(knots);
+    for (int k = knots.first(); k <= knots.last(); ++k) {
+      EXPECT_EQ(knots.span(knots(k)), model.span(knots(k)));
+      EXPECT_EQ(knots.span(knots(k) + 0.05), model.span(knots(k) + 0.05));
     }
   }
 }
@@ -156,8 +185,9 @@ TEST(Spline, WorkspaceFormulasTakeNegativeOrdersAsHuge) {
 TEST(Spline, RecordsShareTheValueOfRepeatedKnotsAndFaultyOnesAreRefused) {
   for (int fault = 0; fault < 9; ++fault) {
     ag_spline* const s = AP_SPLINE(3, 2, 2, 0).AGLIB();
-    ag_knode* const knot = AGI_getFirstNode(s)->next;
-    EXPECT_TRUE(s->knots->t == knot->t && knot->next->t != knot->t);
+    ag_knode* knot = AGI_getFirstNode(s);
+    EXPECT_TRUE(knot->t == knot->next->t && knot->t != knot->next->next->t);
+    while (knot->next) knot = knot->next;
     const ag_spline kept = *s;
     double* const cell = std::exchange(knot->t, fault == 0 ? nullptr : knot->t);
     double* const point = std::exchange(s->first->p, fault == 1 ? nullptr : s->first->p);
@@ -184,19 +214,22 @@ TEST(Surface, RecordRowsRunAlongUAndFaultyRecordsAreRefused) {
     EXPECT_EQ(s->first->nextV->p[0], grid.index(1, 0)[0]);
     EXPECT_EQ(s->first->nextU->p[1], grid.index(0, 1)[1]);
     const ag_surface kept = *s;
-    ag_sknode* const knot = s->knots->nextV;
+    ag_sknode *u = s->knots, *v = s->knots;
+    while (u->nextU) u = u->nextU;
+    while (v->nextV) v = v->nextV;
     ag_snode* const tail = s->first->nextU->nextV;
-    double* const cell = std::exchange(knot->v, fault == 0 ? nullptr : knot->v);
+    double* const uCell = std::exchange(u->u, fault == 0 ? nullptr : u->u);
+    double* const vCell = std::exchange(v->v, fault == 4 ? nullptr : v->v);
     ag_snode* const cut = std::exchange(tail->nextV, fault == 1 ? nullptr : tail->nextV);
     if (fault == 2) s->uSpans = 4;
     if (fault == 3) s->vSpans = 0x7FFFFFFF;
-    if (fault == 4) s->first = nullptr;
     if (fault == 5) s->knots = nullptr;
     if (fault == 6) s->dim = -1;
     if (fault == 7) s->vDegree = 0x7FFFFFFF;
     EXPECT_EQ(AP_SURFACE(s, 0).uCount(), fault < 8 ? 0 : 4) << fault;
     *s = kept;
-    knot->v = cell;
+    u->u = uCell;
+    v->v = vCell;
     tail->nextV = cut;
     ag_rel_srf(s);
   }
@@ -205,16 +238,17 @@ TEST(Surface, RecordRowsRunAlongUAndFaultyRecordsAreRefused) {
 
 TEST(SurfaceNormal, OnASphereOfAnySizeItIsThePointAlsoAtThePole) {
   for (const double scale : {1e-150, 1.0, 1e150}) {
-    const AP_SURFACE s = sphereOctant(scale);
+    const AP_SURFACE s = sphereOctant(scale, false), turned = sphereOctant(scale, true);
     for (int i = 0; i <= 20; ++i) {
       for (const double v : {0.0, 0.1, 0.5, 0.9, 1 - 1e-6, 1 - 1e-13, 1 - 1e-15, 1.0}) {
-        const Normal at(s, i / 20.0, v);
+        const Normal at(s, i / 20.0, v), opposite(turned, i / 20.0, 1 - v);
         const double blur = 1 - v > 1e-14 ? 4e-16 / (1 - v) : 0;  // of the shrinking partial
         double length = 0;
         for (int c = 0; c < 3; ++c) {
           const double x = at.p[c] / scale;
           length += x * x;
           EXPECT_NEAR(at.n[c], x, 4 * kEps + blur) << v;
+          EXPECT_NEAR(opposite.n[c], -x, 4 * kEps + blur) << v;
         }
         EXPECT_NEAR(length, 1, 16 * kEps);
       }
@@ -223,9 +257,9 @@ TEST(SurfaceNormal, OnASphereOfAnySizeItIsThePointAlsoAtThePole) {
 }
 
 TEST(SurfaceNormal, PartialsOfUnlikeSizesAreBothSeen) {
-  for (const double thin : {1e-14, 1e-150}) {
+  for (const auto& [x, y] : {std::pair{1e9, 1e-14}, {1e9, 1e-150}, {1e-14, 1.0}, {1e-150, 1e150}}) {
     AP_SURFACE s(3, 1, 1, 1, 1, 0, 0);
-    const double points[] = {5, 0, 1, 5 + 1e9, 0, 1, 5, thin, 1, 5 + 1e9, thin, 1};
+    const double points[] = {0, 0, 5, x, 0, 5, 0, y, 5, x, y, 5};
     s.set(points, 12);
     EXPECT_EQ(Normal(s, 0.5, 0.5).n[2], 1);
   }
