@@ -254,6 +254,9 @@ TEST(SurfaceNormal, OnASphereOfAnySizeItIsThePointAlsoAtThePole) {
       }
     }
   }
+  AP_SURFACE away = sphereOctant(1, false);
+  for (double* p = away.CV(); p < away.index(3, 0); p += 4) p[0] += 1e4 * p[3], p[1] -= 1e4 * p[3];
+  EXPECT_NEAR(Normal(away, 0.3, 1).n[2], 1, 1e-9);
 }
 
 TEST(SurfaceNormal, PartialsOfUnlikeSizesAreBothSeen) {
@@ -263,6 +266,10 @@ TEST(SurfaceNormal, PartialsOfUnlikeSizesAreBothSeen) {
     s.set(points, 12);
     EXPECT_EQ(Normal(s, 0.5, 0.5).n[2], 1);
   }
+  AP_SURFACE rays(3, 1, 1, 1, 1, 1, 0);  // moved by their weights alone
+  const double points[] = {1, 0, 0, 1, 1, 0, 0, 0.5, 1, 0, 1, 1, 1, 0, 1, 0.5};
+  rays.set(points, 16);
+  EXPECT_NEAR(Normal(rays, 0.25, 0.5).n[1], -1, 4 * kEps);
 }
 
 TEST(SurfaceNormal, ParallelPartialsAndOtherDimensionsGiveZero) {
