@@ -94,7 +94,7 @@ DoubleVec TtupleVector::operator[](int i) const {
 
 DoubleVec TtupleVector::componentView(int c) const {
   if (!correctTuple(c)) return DoubleVec();
-  return slice(c, static_cast<unsigned>(points()), dimension_);
+  return detail::checkedSlice(*this, c, points(), dimension_);
 }
 
 DoubleVec TtupleVector::component(int c) { return componentView(c); }

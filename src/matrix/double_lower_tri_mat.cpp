@@ -52,18 +52,12 @@ DoubleUpperTriMat transpose(const DoubleLowerTriMat& m) {
 }
 
 DoubleVec product(const DoubleLowerTriMat& m, const DoubleVec& v) {
-  if (v.length() != m.cols()) {
-    raiseMathErrorCode(knotwork::kNoMatrixVectorProduct, DoubleLowerTriMat::className, m.rows(),
-                       m.cols(), v.length());
-  }
+  detail::checkProduct(m, v);
   return detail::packedProduct(m, v, detail::PackedTerms::kRowDots);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleLowerTriMat& m) {
-  if (v.length() != m.rows()) {
-    raiseMathErrorCode(knotwork::kNoVectorMatrixProduct, v.length(), DoubleLowerTriMat::className,
-                       m.rows(), m.cols());
-  }
+  detail::checkProduct(v, m);
   return detail::packedProduct(m, v, detail::PackedTerms::kRowSums);
 }
 

@@ -85,18 +85,12 @@ DoubleSymMat abs(const DoubleSymMat& m) { return detail::packedLike(m, abs(m.dat
 DoubleSymMat transpose(const DoubleSymMat& m) { return m; }
 
 DoubleVec product(const DoubleSymMat& m, const DoubleVec& v) {
-  if (v.length() != m.cols()) {
-    raiseMathErrorCode(knotwork::kNoMatrixVectorProduct, DoubleSymMat::className, m.rows(),
-                       m.cols(), v.length());
-  }
+  detail::checkProduct(m, v);
   return detail::packedProduct(m, v, detail::PackedTerms::kBoth);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleSymMat& m) {
-  if (v.length() != m.rows()) {
-    raiseMathErrorCode(knotwork::kNoVectorMatrixProduct, v.length(), DoubleSymMat::className,
-                       m.rows(), m.cols());
-  }
+  detail::checkProduct(v, m);
   return detail::packedProduct(m, v, detail::PackedTerms::kBoth);
 }
 

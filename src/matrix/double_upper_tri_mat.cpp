@@ -52,18 +52,12 @@ DoubleLowerTriMat transpose(const DoubleUpperTriMat& m) {
 }
 
 DoubleVec product(const DoubleUpperTriMat& m, const DoubleVec& v) {
-  if (v.length() != m.cols()) {
-    raiseMathErrorCode(knotwork::kNoMatrixVectorProduct, DoubleUpperTriMat::className, m.rows(),
-                       m.cols(), v.length());
-  }
+  detail::checkProduct(m, v);
   return detail::packedProduct(m, v, detail::PackedTerms::kRowSums);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleUpperTriMat& m) {
-  if (v.length() != m.rows()) {
-    raiseMathErrorCode(knotwork::kNoVectorMatrixProduct, v.length(), DoubleUpperTriMat::className,
-                       m.rows(), m.cols());
-  }
+  detail::checkProduct(v, m);
   return detail::packedProduct(m, v, detail::PackedTerms::kRowDots);
 }
 

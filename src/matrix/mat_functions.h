@@ -78,72 +78,88 @@ auto gridOf(const Mat& m) {
                                     stride * static_cast<std::ptrdiff_t>(m.rows())};
 }
 
-// a b for two grids of inner dimension `depth`, as a rows x cols matrix.
+// Reports 0x4014 unless m v exists.
 template <class Mat>
-Mat productOf(unsigned rows, unsigned cols, unsigned depth, Grid<const ElementOf<Mat>> a,
-              Grid<const ElementOf<Mat>> b) {
+void checkProduct(const Mat& m, const VectorOf<Mat>& v) {
+  if (m.cols() == v.length()) return;
+  raiseMathErrorCode(kNoMatrixVectorProduct, Mat::className, m.rows(), m.cols(), v.length());
+}
+
+// Reports 0x4015 unless v' m exists.
+template <class Mat>
+void checkProduct(const VectorOf<Mat>& v, const Mat& m) {
+  if (v.length() == m.rows()) return;
+  raiseMathErrorCode(kNoVectorMatrixProduct, v.length(), Mat::className, m.rows(), m.cols());
+}
+
+// Reports 0x4016 unless the inner dimensions of a product are equal.
+template <class Mat>
+void checkProduct(unsigned rows, unsigned leftDepth, unsigned rightDepth, unsigned cols) {
+  if (leftDepth == rightDepth) return;
+  raiseMathErrorCode(kNoMatrixProduct, Mat::className, rows, leftDepth, rightDepth, cols);
+}
+
+// The depth of dot products of two vectors: the shorter length. Where a report was survived, each
+// of the `count` dot products reports its lengths, too.
+template <class Vec>
+unsigned dotDepth(unsigned count, unsigned left, unsigned right) {
+  for (; left != right && count > 0; --count) {
+    raiseMathError(recordOf<Vec>(kLengthMismatch), Vec::className, left, right);
+  }
+  return std::min(left, right);
+}
+
+// a b for two grids, as a rows x cols matrix of dot products of vectors of the given lengths.
+template <class Mat>
+Mat productOf(unsigned rows, unsigned cols, unsigned left, unsigned right,
+              Grid<const ElementOf<Mat>> a, Grid<const ElementOf<Mat>> b) {
   Mat result(rows, cols, 0);
+  const unsigned depth = dotDepth<VectorOf<Mat>>(result.dataVec().length(), left, right);
   blockedProduct(result.rows(), result.cols(), depth, a, b, result.data());
   return result;
 }
 
 template <class Mat>
 Mat product(const Mat& left, const Mat& right) {
-  if (left.cols() != right.rows()) {
-    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.rows(), left.cols(), right.rows(),
-                       right.cols());
-  }
+  checkProduct<Mat>(left.rows(), left.cols(), right.rows(), right.cols());
   const Mat a = complete(left);
   const Mat b = complete(right);
-  return productOf<Mat>(a.rows(), b.cols(), std::min(a.cols(), b.rows()), gridOf(a), gridOf(b));
+  return productOf<Mat>(a.rows(), b.cols(), a.cols(), b.rows(), gridOf(a), gridOf(b));
 }
 
 template <class Mat>
 Mat transposeProduct(const Mat& left, const Mat& right) {
-  if (left.rows() != right.rows()) {
-    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.cols(), left.rows(), right.rows(),
-                       right.cols());
-  }
+  checkProduct<Mat>(left.cols(), left.rows(), right.rows(), right.cols());
   const Mat a = complete(left);
   const Mat b = complete(right);
-  return productOf<Mat>(a.cols(), b.cols(), std::min(a.rows(), b.rows()), gridOf(a).transposed(),
-                        gridOf(b));
+  return productOf<Mat>(a.cols(), b.cols(), b.rows(), a.rows(), gridOf(a).transposed(), gridOf(b));
 }
 
 template <class Mat>
 Mat transProduct(const Mat& left, const Mat& right) {
-  if (left.cols() != right.cols()) {
-    raiseMathErrorCode(kNoMatrixProduct, Mat::className, left.rows(), left.cols(), right.cols(),
-                       right.rows());
-  }
+  checkProduct<Mat>(left.rows(), left.cols(), right.cols(), right.rows());
   const Mat a = complete(left);
   const Mat b = complete(right);
-  return productOf<Mat>(a.rows(), b.rows(), std::min(a.cols(), b.cols()), gridOf(a),
-                        gridOf(b).transposed());
+  return productOf<Mat>(a.rows(), b.rows(), b.cols(), a.cols(), gridOf(a), gridOf(b).transposed());
 }
 
 template <class Mat>
 VectorOf<Mat> product(const Mat& matrix, const VectorOf<Mat>& v) {
-  if (matrix.cols() != v.length()) {
-    raiseMathErrorCode(kNoMatrixVectorProduct, Mat::className, matrix.rows(), matrix.cols(),
-                       v.length());
-  }
+  checkProduct(matrix, v);
   const Mat m = complete(matrix);
   VectorOf<Mat> result(m.rows(), 0);
-  addColumns(result.length(), std::min(m.cols(), v.length()), gridOf(m), runOf(v), result.data());
+  const unsigned depth = dotDepth<VectorOf<Mat>>(result.length(), m.cols(), v.length());
+  addColumns(result.length(), depth, gridOf(m), runOf(v), result.data());
   return result;
 }
 
 template <class Mat>
 VectorOf<Mat> product(const VectorOf<Mat>& v, const Mat& matrix) {
-  if (matrix.rows() != v.length()) {
-    raiseMathErrorCode(kNoVectorMatrixProduct, v.length(), Mat::className, matrix.rows(),
-                       matrix.cols());
-  }
+  checkProduct(v, matrix);
   const Mat m = complete(matrix);
   VectorOf<Mat> result(m.cols(), 0);
-  addColumnDots(std::min(m.rows(), v.length()), result.length(), runOf(v), gridOf(m),
-                result.data());
+  const unsigned depth = dotDepth<VectorOf<Mat>>(result.length(), v.length(), m.rows());
+  addColumnDots(depth, result.length(), runOf(v), gridOf(m), result.data());
   return result;
 }
 

@@ -56,7 +56,7 @@ StridedVec<Vec, T>::StridedVec(const StridedVec& v) : StridedVec(v, 0, v.len_, 1
 
 template <class Vec, class T>
 StridedVec<Vec, T>::StridedVec(const StridedVec& v, int first, unsigned n, int stride)
-    : StridedVec(v.block_, v.start_, n, v.elementStride_ * stride) {
+    : StridedVec(v.block_, v.start_, n, ElementRules<int>::multiply(v.elementStride_, stride)) {
   // A vector without storage has only empty slices.
   if (start_ != nullptr) start_ += static_cast<std::ptrdiff_t>(v.elementStride_) * first;
 }

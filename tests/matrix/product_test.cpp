@@ -119,24 +119,27 @@ TEST(MatrixProduct, IntegersWrap) {
   EXPECT_EQ(product(IntGenMat(1, 1, 1 << 20), IntVec(1, 1 << 13))(0), 0);
 }
 
-TEST(MatrixProduct, MismatchIsReportedOnceAndTheShorterDimensionTaken) {
+TEST(MatrixProduct, MismatchIsReportedForTheMatricesAndForEveryDotProduct) {
   RecordedErrors errors;
-  const DoubleGenMat a(2, 3, 1.0);
-  const DoubleGenMat b(2, 4, 1.0);
-  EXPECT_EQ(product(a, b)(1, 3), 2.0);
-  EXPECT_EQ(errors.takeText(),
-            "4016 inner product not possible DoubleGenMat matrices (2,3) and (2x4)");
+  const DoubleGenMat a(2, 3, 1.0), b(2, 4, 1.0);
+  const auto expect = [&](const std::string& ofMatrices, int dots, const std::string& lengths) {
+    std::string all = ofMatrices;
+    for (; dots > 0; --dots) {
+      all += "\n300f [VNMATCH: DoubleVec]: Vector lengths do not match (" + lengths + ")";
+    }
+    EXPECT_EQ(errors.takeText(), all);
+  };
+  const std::string start = "inner product not possible ", two = "DoubleGenMat matrices ";
+  EXPECT_EQ(product(a, b)(1, 3), 2.0);  // as far as the shorter dimension goes
+  expect("4016 " + start + two + "(2,3) and (2x4)", 8, "3 vs 2");
   EXPECT_EQ(transposeProduct(a, transpose(b)).rows(), 3u);
-  EXPECT_EQ(errors.takeText(),
-            "4016 inner product not possible DoubleGenMat matrices (3,2) and (4x2)");
+  expect("4016 " + start + two + "(3,2) and (4x2)", 6, "4 vs 2");
   EXPECT_EQ(transProduct(a, b)(0, 1), 3.0);
-  EXPECT_EQ(errors.takeText(),
-            "4016 inner product not possible DoubleGenMat matrices (2,3) and (4x2)");
+  expect("4016 " + start + two + "(2,3) and (4x2)", 4, "4 vs 3");
   EXPECT_EQ(product(a, DoubleVec(4, 1.0))(1), 3.0);
-  EXPECT_EQ(errors.takeText(),
-            "4014 inner product not possible between DoubleGenMat (2x3) and vector (4)");
+  expect("4014 " + start + "between DoubleGenMat (2x3) and vector (4)", 2, "3 vs 4");
   EXPECT_EQ(product(DoubleVec(1, 1.0), a)(2), 1.0);
-  EXPECT_EQ(errors.takeText(), "4015 inner product not possible vector(1) and DoubleGenMat (2x3)");
+  expect("4015 " + start + "vector(1) and DoubleGenMat (2x3)", 3, "1 vs 2");
 }
 
 TEST(MatrixProduct, KroneckerBlocksAreScaledCopies) {

@@ -79,8 +79,8 @@ KNOTWORK_API DoubleGenMat abs(const DoubleGenMat& m);
 /// dimensions differ.
 KNOTWORK_API DoubleGenMat atan2(const DoubleGenMat& a, const DoubleGenMat& b);
 
-/// Matrix products. Every element of the result is a sum of products in index order from 0.0;
-/// where the inner dimensions differ and the handler returns, over the shorter of them.
+/// Matrix products. Every element of the result is a `dot` of two DoubleVec, in index order from
+/// 0.0: where the inner dimensions differ and the handler returns, each reports 0x300F, too.
 ///
 /// @return new matrix a b, a.rows() x b.cols(). Reports 0x4016 unless a.cols() == b.rows().
 KNOTWORK_API DoubleGenMat product(const DoubleGenMat& a, const DoubleGenMat& b);

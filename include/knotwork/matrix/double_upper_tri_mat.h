@@ -7,7 +7,7 @@
 extern template class knotwork::detail::PackedMat<DoubleUpperTriMat,
                                                   knotwork::detail::UpperPacking>;
 
-/// A upper triangular matrix, packed: its upper triangle column by column.
+/// An upper triangular matrix, packed: its upper triangle column by column.
 /// See PackedMat for its members.
 class KNOTWORK_API DoubleUpperTriMat
     : public knotwork::detail::PackedMat<DoubleUpperTriMat, knotwork::detail::UpperPacking> {

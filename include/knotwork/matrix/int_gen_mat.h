@@ -66,8 +66,8 @@ KNOTWORK_API IntGenMat operator-(const IntGenMat& m);
 /// @return new matrix |m(i, j)|.
 KNOTWORK_API IntGenMat abs(const IntGenMat& m);
 
-/// Matrix products. Every element of the result is a sum of products in index order from 0;
-/// where the inner dimensions differ and the handler returns, over the shorter of them.
+/// Matrix products. Every element of the result is a `dot` of two IntVec, in index order from 0:
+/// where the inner dimensions differ and the handler returns, each reports 0x300F, too.
 ///
 /// @return new matrix a b, a.rows() x b.cols(). Reports 0x4016 unless a.cols() == b.rows().
 KNOTWORK_API IntGenMat product(const IntGenMat& a, const IntGenMat& b);

@@ -52,7 +52,6 @@ class KNOTWORK_API PackedMat {
  public:
   using value_type = double;
   using vector_type = DoubleVec;
-  using packing = Packing;
   /// A triangular matrix has elements that cannot be written.
   using reference_type = std::conditional_t<Packing::kTriangular, RODoubleRef, double&>;
 
