@@ -134,7 +134,8 @@ SurfaceProjector::SurfaceProjector(const Spline& s)
   }
 }
 
-// Gauss and Newton with halved steps: the residual's bend is left out of the matrix.
+// Newton's method with halved steps; where its matrix is not positive, the residual's bend is left
+// out of it (Gauss and Newton).
 Foot SurfaceProjector::downhill(const double* p, double u, double v) const {
   constexpr int kSteps = 40;
   const auto squared = [&](double a, double b) {
@@ -143,12 +144,19 @@ Foot SurfaceProjector::downhill(const double* p, double u, double v) const {
   };
   double best = squared(u, v);
   for (int step = 0; step < kSteps; ++step) {
-    std::array<double, 12> d;  // order 1: S, Su, Sv, Suv
-    shape_.eval(u, v, 1, d.data());
+    std::array<double, 27> d;  // order 2: S, Su, Suu, Sv, Suv, ...
+    shape_.eval(u, v, 2, d.data());
     const Vec3 r = {d[0] - p[0], d[1] - p[1], d[2] - p[2]};
-    const double *su = &d[3], *sv = &d[6];
+    const double *su = &d[3], *sv = &d[9];
     const double gu = dot(r.data(), su), gv = dot(r.data(), sv);
     double a = dot(su, su), b = dot(su, sv), c = dot(sv, sv);
+    const double bentA = a + dot(r.data(), &d[6]), bentB = b + dot(r.data(), &d[12]),
+                 bentC = c + dot(r.data(), &d[18]);
+    if (bentA > 0 && bentC > 0 && bentA * bentC - bentB * bentB > 1e-12 * bentA * bentC) {
+      a = bentA;
+      b = bentB;
+      c = bentC;
+    }
     const bool fixU = (u <= domain_[0] && gu > 0) || (u >= domain_[1] && gu < 0);
     const bool fixV = (v <= domain_[2] && gv > 0) || (v >= domain_[3] && gv < 0);
     double du = 0, dv = 0;
@@ -179,24 +187,46 @@ Foot SurfaceProjector::downhill(const double* p, double u, double v) const {
   return {u, v, std::sqrt(best)};
 }
 
+// Samples of a patch that are no further from the point than the samples around them.
+std::vector<Foot> SurfaceProjector::valleys(const double* p, const Patch& patch) const {
+  constexpr int kSide = 6;
+  std::array<std::array<double, kSide>, kSide> squared;
+  const auto at = [&](int i, int j) {
+    const double a = static_cast<double>(i) / (kSide - 1), b = static_cast<double>(j) / (kSide - 1);
+    return Foot{patch.u0 + (patch.u1 - patch.u0) * a, patch.v0 + (patch.v1 - patch.v0) * b, 0};
+  };
+  const auto value = [&](int i, int j) -> double& {
+    return squared[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+  };
+  for (int i = 0; i < kSide; ++i) {
+    for (int j = 0; j < kSide; ++j) {
+      value(i, j) = squaredTo(shape_.point(at(i, j).u, at(i, j).v).data(), p, 3);
+    }
+  }
+  std::vector<Foot> out;
+  for (int i = 0; i < kSide; ++i) {
+    for (int j = 0; j < kSide; ++j) {
+      bool low = true;
+      for (int a = std::max(i - 1, 0); a <= std::min(i + 1, kSide - 1); ++a) {
+        for (int b = std::max(j - 1, 0); b <= std::min(j + 1, kSide - 1); ++b) {
+          low = low && value(i, j) <= value(a, b);
+        }
+      }
+      if (low) out.push_back(at(i, j));
+    }
+  }
+  return out;
+}
+
 Foot SurfaceProjector::nearest(const double* p, double uGuess, double vGuess) const {
   Foot best{domain_[0], domain_[2], kInfinity};
   if (uGuess >= domain_[0] && vGuess >= domain_[2]) best = downhill(p, uGuess, vGuess);
   for (const Patch& patch : patches_) {
     if (boxSquared(patch.low, patch.high, p, 3) >= best.distance * best.distance) continue;
-    constexpr int kSide = 3;
-    Foot start{0, 0, kInfinity};
-    for (int i = 0; i < kSide; ++i) {
-      for (int j = 0; j < kSide; ++j) {
-        const double u = patch.u0 + (patch.u1 - patch.u0) * (i + 0.5) / kSide;
-        const double v = patch.v0 + (patch.v1 - patch.v0) * (j + 0.5) / kSide;
-        const Vec3 at = shape_.point(u, v);
-        const double d = squaredTo(at.data(), p, 3);
-        if (d < start.distance) start = {u, v, d};
-      }
+    for (const Foot& start : valleys(p, patch)) {
+      const Foot foot = downhill(p, start.u, start.v);
+      if (foot.distance < best.distance) best = foot;
     }
-    const Foot foot = downhill(p, start.u, start.v);
-    if (foot.distance < best.distance) best = foot;
   }
   return best;
 }

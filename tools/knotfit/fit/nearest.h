@@ -53,6 +53,7 @@ class SurfaceProjector {
     std::array<double, 3> low, high;
   };
   Foot downhill(const double* point, double u, double v) const;
+  std::vector<Foot> valleys(const double* point, const Patch& patch) const;
 
   SurfaceShape shape_;
   std::array<double, 4> domain_;

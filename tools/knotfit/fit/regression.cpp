@@ -86,7 +86,7 @@ NormalSolve bySvd(const DoubleGenMat& a) {
 
 NormalSolve byCholesky(const DoubleGenMat& a) {
   auto ch = std::make_shared<DoubleChDecomp>(transposeProduct(a, a));
-  if (ch->fail()) dependent();
+  if (!ch->isPD()) dependent();
   return [ch](const DoubleVec& g) { return ch->solve(g); };
 }
 
