@@ -50,9 +50,9 @@ bool factorHouseholder(const HouseholderSystem& system, const HouseholderWorkspa
 inline constexpr int kFewSides = 4;
 inline constexpr int kManySides = 8;
 
-// Solves for `width` right-hand sides, up to kFewSides or just kManySides: entry i of side w is b[i * width + w],
-// and likewise for the unknowns x. `b` is used up; `x` must be 0 on entry. Every side gets the bits
-// that it gets alone.
+// Solves for `width` right-hand sides, up to kFewSides or just kManySides: entry i of side w is b[i
+// * width + w], and likewise for the unknowns x. `b` is used up; `x` must be 0 on entry. Every side
+// gets the bits that it gets alone.
 void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width);
 
 }  // namespace knotwork::detail
