@@ -65,26 +65,28 @@ for name, value in [("sum", total), ("dot", inner), ("mean", mean),
     print(f"{name:12} {float(value).hex()}")
 
 
-def length(x, low=8.232e-11, high=1.304e19, small=True, large=True, inclusive=True, scaled=True):
-    """The length of x, or what it is with other cuts, or with a phase or a scaling left out."""
+def length(x, low=8.232e-11, high=1.304e19, small=True, large=True, inclusive=True, scaled=True,
+           up=True, down=True, squared=True):
+    """The length of x, or what it is with other cuts, or with a phase left out or another scaling."""
     hit = high / max(len(x), 1)
     phase, total, xmax = "zeros", 0.0, 0.0
     for xi in x:
         size = abs(xi)
         if phase in ("zeros", "small") and (size > low or not small):
-            total = total * xmax * xmax
+            total = total * xmax * xmax if up else total * (xmax * xmax)
             phase = "mid"
         if phase == "zeros" and xi != 0.0:
             phase, xmax = "small", size
         if phase == "mid" and large and (size >= hit if inclusive else size > hit):
-            total = total / xi / xi
+            total = total / xi / xi if down else total / (xi * xi)
             phase, xmax = "large", size
         if phase == "mid":
             total += xi * xi
         elif phase != "zeros" and (size <= xmax or not scaled):
             total += (xi / xmax) * (xi / xmax)
         elif phase != "zeros":
-            total = 1.0 + total * ((xmax / xi) * (xmax / xi))
+            ratio = xmax / xi
+            total = 1.0 + (total * (ratio * ratio) if squared else total * ratio * ratio)
             xmax = size
     return sqrt(total) if phase == "mid" else xmax * sqrt(total)
 
@@ -95,9 +97,11 @@ def text(number):
 
 others = [dict(low=8.2319999e-11), dict(low=8.233e-11), dict(low=1e-12), dict(low=1e-10), dict(small=False),
           dict(high=1.303e19), dict(high=1.305e19), dict(high=4e18), dict(high=4e19), dict(large=False),
-          dict(inclusive=False), dict(scaled=False)]
+          dict(inclusive=False), dict(scaled=False), dict(up=False), dict(down=False),
+          dict(squared=False)]
 families = [[0.0, 2e-11, 8.2315e-11, 8.232e-11, 8.2325e-11, 3e-10], [1e18, 3.259e18, 3.26e18, 3.261e18, 1e19],
-            [3e-320, 7e-200, 4e-160, 3e-12, 1.0], [1.0, 4e18, 6e150, 7e153, 1e300], [-0.0, 1e-200, 1.0, 1e200]]
+            [3e-320, 7e-200, 4e-160, 3e-12, 1.0], [3e-11, 7e-11, 8e-11, 9e-11, 1e-10],
+            [1.0, 4e18, 6e150, 7e153, 1e300], [-0.0, 1e-200, 1.0, 1e200]]
 cases, random = [[0.0, -0.0], [], [nan], [1.0, nan], [1e200, nan, 1e300], [inf], [1e-300, -inf, 1.0]], Random(7)
 for variant in others:
     while True:
