@@ -53,4 +53,5 @@ require() { install_packages "$@" || fail "$why"; }
 workflow() { cmake --workflow --preset "$1" || fail "preset $1"; }
 
 build_packages=(g++ cmake ninja-build libblas-dev)
-test_packages=("${build_packages[@]}" libgtest-dev pkg-config)
+knotfit_packages=(libcli11-dev nlohmann-json3-dev libcairo2-dev pkg-config)
+test_packages=("${build_packages[@]}" "${knotfit_packages[@]}" libgtest-dev)

@@ -7,6 +7,7 @@
 
 #include "knotwork/solvers/householder.h"
 #include "knotwork/solvers/solve_constrained_lsq_qr.h"
+#include "knotwork/solvers/solve_tensor_product_lsq.h"
 #include "solvers/slow_householder.h"
 #include "solvers/systems.h"
 
@@ -64,6 +65,21 @@ void SolveAlone(benchmark::State& state) {
   Thouseholder solver(kTolerance, 0, false);
   solver.setMatrix(f.a, f.constraints, false, false, false);
   for (auto _ : state) benchmark::DoNotOptimize(solver.solve(rhs).points());
+}
+
+// A square grid of samples, as many control points each way; set once, solved for many surfaces.
+void Grid(benchmark::State& state) {
+  const int samples = static_cast<int>(state.range(0)), control = static_cast<int>(state.range(1));
+  Random random(kSeed);
+  const DoubleGenMat basis = knotwork::test::splineSystem(random, samples, 0, control);
+  const DoubleGenMat data = knotwork::test::randomMatrix(random, samples, samples);
+  Thouseholder u(kTolerance, 0, false), v(kTolerance, 0, false);
+  TsolveTensorProductLsq grid(u, v);
+  grid.setMatrix(basis, basis, 0, 0, false, false, false, false, false, false);
+  DoubleGenMat x(basis.cols(), basis.cols());
+  for (auto _ : state) {
+    if (grid.solve(data, &x) != 0) state.SkipWithError("not solvable");
+  }
 }
 
 // The definition, element by element, for one coordinate.
@@ -126,6 +142,11 @@ BENCHMARK(Householder)->Apply(sizes);
 BENCHMARK(HouseholderNormalisedAndCleaned)->Apply(sizes);
 BENCHMARK(SolveAlone)->Apply(sizes);
 BENCHMARK(Qr)->Apply(sizes);
+BENCHMARK(Grid)
+    ->ArgNames({"samples", "control"})
+    ->Args({100, 20})
+    ->Args({600, 100})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(Definition)->Apply(sizes);
 #if defined(KNOTWORK_HAVE_OPENBLAS)
 BENCHMARK(LapackPivotedQr)->Apply(sizes);

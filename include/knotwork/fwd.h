@@ -35,6 +35,15 @@ class TnumberSequence;
 class TvertIndexTable;
 class TvertDataIndexTable;
 
+class TbaseReporter;
+class TsolverReporter;
+class TbaseSolver;
+class TsolveSystems;
+class TsolveConstrainedLsq;
+class TsolveConstrainedLsqQR;
+class Thouseholder;
+class TsolveTensorProductLsq;
+
 class AP_GEOMETRIC;
 class AP_MMBOX;
 class AP_SPLINE;

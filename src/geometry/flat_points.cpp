@@ -30,10 +30,11 @@ DoubleVec checkedSlice(const DoubleVec& flat, long long first, long long n, long
   const auto count = static_cast<unsigned>(std::min<long long>(n, UINT_MAX));
   const int from = clampToInt(first);
   const int step = clampToInt(stride);
+  const int reach = clampToInt(flat.length());  // a step beyond has no second element
   const auto inside = [&flat](long long i) { return i >= 0 && i < flat.length(); };
   if (count == 0) return flat.slice(0, 0, 1);
   if (inside(from) && inside(from + (static_cast<long long>(count) - 1) * step)) {
-    return flat.slice(from, count, step);
+    return flat.slice(from, count, std::clamp(step, -reach, reach));
   }
   flat.sliceCheck(from, count, step);
   return DoubleVec();

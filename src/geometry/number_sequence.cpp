@@ -2,6 +2,7 @@
 // Knot vectors.
 #include "knotwork/geometry/number_sequence.h"
 
+#include <climits>
 #include <cmath>
 #include <utility>
 
@@ -13,8 +14,8 @@ namespace detail = knotwork::detail;
 
 namespace {
 
-unsigned countOrReport(int n) {
-  if (n >= 0) return detail::elementCount({n});
+unsigned countOrReport(long long n) {
+  if (0 <= n && n <= INT_MAX) return detail::elementCount({static_cast<int>(n)});
   detail::reportOutOfMemory();
   return 0;
 }
@@ -106,7 +107,8 @@ void TnumberSequence::add(double x, int multiplicity) {
   DoubleVec& t = *this;
   const int oldEnd = length();
   const int first = findInterval(x, false) + 1;
-  const unsigned grown = t.length() + static_cast<unsigned>(multiplicity);
+  const unsigned grown = countOrReport(static_cast<long long>(oldEnd) + multiplicity);
+  if (grown == 0) return;
   resize(grown);
   if (t.length() != grown) return;
   for (int i = oldEnd - 1; i >= first; --i) t(i + multiplicity) = t(i);

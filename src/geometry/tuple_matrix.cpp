@@ -125,7 +125,7 @@ TtupleMatrix TtupleMatrix::cols(const IntVec& which) const {
 TtupleMatrix TtupleMatrix::rows(const IntVec& which) const {
   const int count = static_cast<int>(which.length());
   for (int k = 0; k < count; ++k) {
-    if (which(k) < 0 || which(k) >= columnLength()) return TtupleMatrix();
+    if (cols_ > 0 && (which(k) < 0 || which(k) >= columnLength())) return TtupleMatrix();
   }
   TtupleMatrix result(dimension_, count, cols_, 0.0);
   for (int j = 0; j < cols_; ++j) {

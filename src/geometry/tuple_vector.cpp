@@ -94,7 +94,7 @@ DoubleVec TtupleVector::operator[](int i) const {
 
 DoubleVec TtupleVector::componentView(int c) const {
   if (!correctTuple(c)) return DoubleVec();
-  return slice(c, static_cast<unsigned>(points()), dimension_);
+  return detail::checkedSlice(*this, c, points(), dimension_);
 }
 
 DoubleVec TtupleVector::component(int c) { return componentView(c); }
@@ -111,7 +111,6 @@ TtupleVector TtupleVector::components(const IntVec& which) const {
   for (int j = 0; j < count; ++j) {
     if (!correctTuple(which(j))) return TtupleVector();
   }
-  if (count == 0) return TtupleVector();
   TtupleVector result(count, points(), 0.0);
   for (int j = 0; j < count; ++j) result.componentView(j) = componentView(which(j));
   return result;

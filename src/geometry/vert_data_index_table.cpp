@@ -26,16 +26,6 @@ bool TvertDataIndexTable::insertReplace(const int& key, const int& data) {
   return true;
 }
 
-int* TvertDataIndexTable::find(const int& key) {
-  knotwork::detail::VertEntry* const entry = findEntry(key);
-  return entry ? &entry->data : nullptr;
-}
-
-const int* TvertDataIndexTable::find(const int& key) const {
-  const knotwork::detail::VertEntry* const entry = findEntry(key);
-  return entry ? &entry->data : nullptr;
-}
-
 bool TvertDataIndexTable::find(const int& key, int& data) const {
   const int* const present = find(key);
   if (present) data = *present;

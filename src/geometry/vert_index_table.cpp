@@ -17,8 +17,6 @@ bool TvertIndexTable::insert(const int& key) { return insertEntry(key, 0); }
 
 bool TvertIndexTable::insertUnique(const int& key) { return !findEntry(key) && insert(key); }
 
-bool TvertIndexTable::find(const int& key) const { return findEntry(key) != nullptr; }
-
 unsigned TvertIndexTable::keyCount(const int& key) const { return countEntries(key); }
 
 TvertIndexTable::Iterator::Iterator(TvertIndexTable& table) : VertIterator(table) { first(); }

@@ -6,7 +6,6 @@
 
 namespace knotwork::detail {
 
-// The stored hash is the whole key, so comparing hashes is comparing keys.
 static unsigned hashOf(int key) { return static_cast<unsigned>(key); }
 
 VertTable::VertTable(unsigned initial, unsigned maximum) : ThashTable(initial, maximum) {}
@@ -37,11 +36,6 @@ void VertTable::reset() {
 
 bool VertTable::insertEntry(int key, int data) {
   return insertWithHash(new (std::nothrow) VertEntry{{}, key, data}, hashOf(key));
-}
-
-VertEntry* VertTable::findEntry(int key) const {
-  const unsigned hash = hashOf(key);
-  return static_cast<VertEntry*>(findInChain(buckets_[hash & (bucketCount_ - 1)], hash));
 }
 
 unsigned VertTable::countEntries(int key) const {

@@ -35,7 +35,7 @@ template <int kDim>
 void divideOut(double* out, int anyDim, int uOrder, int vOrder) {
   const int dim = kDim != 0 ? kDim : anyDim;
   const auto block = [=](int i, int j) {
-    return out + (static_cast<std::ptrdiff_t>(uOrder + 1) * j + i) * (dim + 1);
+    return out + ((uOrder + std::ptrdiff_t{1}) * j + i) * (dim + 1);
   };
   const double weight = out[dim];
   for (int j = 0; j <= vOrder; ++j) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Walking the chains of kernel records: reading that trusts no count, writing that shares repeated
-// knots.
+// Walking the chains of kernel records: reading trusts no count, writing shares repeated knots.
 #pragma once
 
 #include "knotwork/kernel/knot_record.h"
@@ -34,10 +33,12 @@ bool writeKnots(Node* node, Node* Node::*next, double* Node::*value, const KnotR
   double* cell = nullptr;
   for (int k = knots.first(); k <= knots.last(); ++k, node = node->*next) {
     if (!node) return false;
-    if (!knots.repeats(k)) cell = ag_al_dbl(1);
-    if (!cell) return false;
+    if (!knots.repeats(k)) {
+      cell = ag_al_dbl(1);
+      if (!cell) return false;
+      *cell = knots(k);
+    }
     node->*value = cell;
-    *cell = knots(k);
   }
   return true;
 }

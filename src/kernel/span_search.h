@@ -8,10 +8,8 @@
 
 namespace knotwork::detail {
 
-/// @return how many of n non-decreasing knots are <= t: by bisection, and by counting where few are
-/// left.
-///         No step branches on t, since scattered parameters would mislead every guess of the
-///         processor.
+/// @return how many of n non-decreasing knots are <= t: by bisection, then by counting the last
+///         few. No step branches on t: scattered parameters mislead every guess of a processor.
 inline int knotsUpTo(const double* knots, int n, double t) {
   constexpr int kFew = 16;
   const double* base = knots;
@@ -25,9 +23,8 @@ inline int knotsUpTo(const double* knots, int n, double t) {
   return count;
 }
 
-/// @param knot  knot 0 of a record of degree > 0 with n spans. @return the span of t nearest to j
-/// that
-///              is not empty: the last one before it, else the first one after it.
+/// @param knot  knot 0 of a record of degree > 0 with n spans.
+/// @return      the span nearest to j that is not empty: the last up to it, else the first after.
 inline int nearestSpan(const double* knot, int n, int j) {
   int k = j;
   while (k > 0 && !(knot[k] < knot[k + 1])) --k;
@@ -37,9 +34,8 @@ inline int nearestSpan(const double* knot, int n, int j) {
   return k;
 }
 
-/// @param knot  knot 0 of a record of degree > 0 with n spans. @return the span of t: where even
-/// knots
-///              would have it, if that is right, else by bisection.
+/// @param knot  knot 0 of a record of degree > 0 with n spans.
+/// @return      the span of t: where even knots would have it, if that is right, else by bisection.
 inline int findSpan(const double* knot, int n, double t) {
   const double place = (t - knot[0]) / (knot[n] - knot[0]) * n;
   if (place >= 0.0 && place < n) {

@@ -27,7 +27,7 @@ AP_SPLINE::AP_SPLINE(int dim, int degree, int spans, AP_RATIONALITY rationality)
       type_(),
       knots_(dim < 0 ? -1 : degree, spans),
       growBy_(kGrowBy) {
-  if (!allocate(Count(), Coords(), schemeDoubles(degree))) knots_.clear();
+  if (Count() < 1 || !allocate(Count(), Coords(), schemeDoubles(degree))) knots_.clear();
 }
 
 AP_SPLINE::AP_SPLINE(const AP_SPLINE& other)
@@ -100,7 +100,7 @@ void AP_SPLINE::eval(double* out, double t, int nderiv) const {
       combine(points, q, weights, out + q * coords, Coords(), m);
     });
   }
-  std::fill(out + orders * coords, out + (nderiv + 1) * coords, 0.0);
+  std::fill(out + orders * coords, out + (nderiv + std::ptrdiff_t{1}) * coords, 0.0);
   if (rationality_ && orders > 0) quotientRule(out, dim_, nderiv, 0);
 }
 

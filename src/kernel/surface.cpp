@@ -3,6 +3,7 @@
 #include "knotwork/kernel/surface.h"
 
 #include <algorithm>
+#include <climits>
 
 #include "kernel/knot_insertion.h"
 #include "kernel/quotient_rule.h"
@@ -25,6 +26,14 @@ void printKnots(std::FILE* file, const KnotRecord& knots) {
   }
 }
 
+// Whether there are such surfaces, their control points counted by an int.
+bool isSurface(int dim, int uDegree, int vDegree, int uSpans, int vSpans) {
+  if (std::min({dim, uDegree, vDegree, uSpans, vSpans}) < 0) return false;
+  const long long columns = static_cast<long long>(uSpans) + uDegree;
+  const long long rows = static_cast<long long>(vSpans) + vDegree;
+  return columns > 0 && rows > 0 && columns <= INT_MAX / rows;
+}
+
 void copyKnots(const KnotRecord& from, KnotRecord& to) {
   to.assign(from.at(from.first()), from.last() - from.first() + 1);
 }
@@ -39,8 +48,8 @@ AP_SURFACE::AP_SURFACE(int dim, int uDegree, int vDegree, int uSpans, int vSpans
       vRationality_(vRationality),
       uForm_(),
       vForm_(),
-      uKnots_(dim < 0 ? -1 : uDegree, uSpans),
-      vKnots_(dim < 0 ? -1 : vDegree, vSpans),
+      uKnots_(isSurface(dim, uDegree, vDegree, uSpans, vSpans) ? uDegree : -1, uSpans),
+      vKnots_(uCount() > 0 ? vDegree : -1, vSpans),
       growBy_(kGrowBy) {
   if (points() > 0 && allocate(points(), Coords(), schemeDoubles(std::max(uDegree, vDegree))))
     return;
@@ -145,7 +154,7 @@ void AP_SURFACE::eval(double* out, double u, double v, int nderiv) const {
   current = this;
   if (nderiv < 0) return;
   const std::ptrdiff_t coords = Coords();
-  const std::ptrdiff_t orders = nderiv + 1;
+  const std::ptrdiff_t orders = nderiv + std::ptrdiff_t{1};
   std::fill_n(out, orders * orders * coords, 0.0);
   if (isEmpty()) return;
   const int stretch = (uDegree() + 1) * Coords();
@@ -202,7 +211,7 @@ void AP_SURFACE::uinsertOnce(double t) {
   const int s = uKnots_.insert(t);
   for (std::ptrdiff_t i = vCount() - 1; i >= 0; --i) {  // from the last row on, rows move apart
     double* const row = cv_ + i * before;
-    std::copy_backward(row, row + before, cv_ + i * after + before);
+    if (i > 0) std::copy_backward(row, row + before, cv_ + i * after + before);
     insertRow(cv_ + i * after, uCount() - 1, coords, uKnots_, s, t);
   }
 }

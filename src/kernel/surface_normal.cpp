@@ -14,8 +14,8 @@ using knotwork::KnotRecord;
 
 namespace {
 
-// A partial below this share of what its control points could give is rounding; so is the sine of
-// an angle between two partials.
+// A partial below this share of what the control net's legs could give is rounding; so is the sine
+// of an angle between two partials.
 constexpr double kNoise = 256 * std::numeric_limits<double>::epsilon();
 
 struct Vec3 {
@@ -32,11 +32,14 @@ Vec3 scaled(const Vec3& a, double factor) { return {a.x * factor, a.y * factor, 
 
 Vec3 sum(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
 
-// Which border of the domain t lies on: -1 the lower one, 1 the upper one, 0 none.
+// Which border of the domain t lies on, or too near to for a partial that vanishes there to be
+// seen: -1 the lower one, 1 the upper one, 0 none.
 int border(const KnotRecord& knots, double t) {
   if (knots.degree() == 0) return 0;
-  if (t <= knots(0)) return -1;
-  return t >= knots(knots.spans()) ? 1 : 0;
+  const int j = knots.span(t);
+  const double near = kNoise * (knots(j + 1) - knots(j));
+  if (t <= knots(0) + near) return -1;
+  return t >= knots(knots.spans()) - near ? 1 : 0;
 }
 
 // How fast derivatives of one direction may grow per order: degree over span.
@@ -46,32 +49,57 @@ double growth(const KnotRecord& knots, double t) {
   return knots.degree() / (knots(j + 1) - knots(j));
 }
 
-// The partials at one point, those that are rounding alone replaced by zero.
+// The longest leg of the control net at (u, v) in one direction. A change of weight counts as what
+// it moves the surface point by.
+// @param point  the surface point there, and its weight.
+double longestLeg(const AP_SURFACE& s, double u, double v, bool alongV, const double* point) {
+  const int row = s.vKnots().span(v), column = s.uKnots().span(u);
+  const int rows = s.vDegree() + !alongV, columns = s.uDegree() + alongV;
+  const bool rational = s.Coords() > 3;
+  const double far = std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
+  double longest = 0.0;
+  for (int i = row; i < row + rows; ++i) {
+    for (int j = column; j < column + columns; ++j) {
+      const double *const p = s.index(i, j), *const next = s.index(i + alongV, j + !alongV);
+      for (int c = 0; c < 3; ++c) longest = std::max(longest, std::abs(next[c] - p[c]));
+      if (rational) longest = std::max(longest, far * std::abs(next[3] - p[3]));
+    }
+  }
+  return rational ? longest / std::abs(point[3]) : longest;
+}
+
+// The partials at one point in units of the longest leg of their direction, so that no direction's
+// range and noise depend on the other's; those that are rounding alone are zero.
 class Partials {
  public:
-  Partials(const AP_SURFACE& s, double u, double v, int order, double* work, double extent)
+  Partials(const AP_SURFACE& s, double u, double v, int order, double* work)
       : values_(work),
         coords_(s.Coords()),
         order_(order),
-        extent_(extent),
         uGrowth_(growth(s.uKnots(), u)),
         vGrowth_(growth(s.vKnots(), v)) {
     s.eval(work, u, v, order);
+    uLeg_ = longestLeg(s, u, v, false, work);
+    vLeg_ = longestLeg(s, u, v, true, work);
   }
 
-  Vec3 operator()(int i, int j) const {
-    const double* const p = values_ + (static_cast<std::ptrdiff_t>(order_ + 1) * j + i) * coords_;
-    const Vec3 value{p[0], p[1], p[2]};
-    const double reach = extent_ * std::pow(uGrowth_, i) * std::pow(vGrowth_, j);
-    return size(value) > kNoise * reach ? value : Vec3{};
-  }
+  /// The partial of order (i, j) of Su.
+  Vec3 su(int i, int j) const { return value(i + 1, j, uLeg_); }
+  /// The partial of order (i, j) of Sv.
+  Vec3 sv(int i, int j) const { return value(i, j + 1, vLeg_); }
 
  private:
+  Vec3 value(int i, int j, double leg) const {
+    const double* const p = values_ + (static_cast<std::ptrdiff_t>(order_ + 1) * j + i) * coords_;
+    const Vec3 v{p[0] / leg, p[1] / leg, p[2] / leg};
+    return size(v) > kNoise * std::pow(uGrowth_, i) * std::pow(vGrowth_, j) ? v : Vec3{};
+  }
+
   const double* values_;
   int coords_;
   int order_;
-  double extent_;
   double uGrowth_, vGrowth_;
+  double uLeg_, vLeg_;
 };
 
 // Su x Sv at unit length; zero if one is zero or they are parallel.
@@ -92,8 +120,8 @@ Vec3 limit(const Partials& s, bool alongV, int side, int orders) {
     double binomial = 1.0;  // q! / (a! b!); the common factor q! changes no direction
     for (int a = 0; a <= q; binomial = binomial * (q - a) / (a + 1), ++a) {
       const int b = q - a;
-      const Vec3 su = alongV ? s(1, a) : s(1 + a, 0);
-      const Vec3 sv = alongV ? s(0, 1 + b) : s(b, 1);
+      const Vec3 su = alongV ? s.su(0, a) : s.su(a, 0);
+      const Vec3 sv = alongV ? s.sv(0, b) : s.sv(b, 0);
       c = sum(c, scaled(cross(su, sv), binomial));
       reach += binomial * size(su) * size(sv);
     }
@@ -103,25 +131,11 @@ Vec3 limit(const Partials& s, bool alongV, int side, int orders) {
   return {};
 }
 
-// The largest coordinate among the control points of the spans at (u, v).
-double extentAt(const AP_SURFACE& s, double u, double v) {
-  const int row = s.vKnots().span(v), column = s.uKnots().span(u);
-  double extent = 0.0;
-  for (int i = row; i <= row + s.vDegree(); ++i) {
-    for (int j = column; j <= column + s.uDegree(); ++j) {
-      const double* const p = s.index(i, j);
-      const double weight = s.Coords() > 3 ? p[3] : 1.0;
-      for (int c = 0; c < 3; ++c) extent = std::max(extent, std::abs(p[c] / weight));
-    }
-  }
-  return extent;
-}
-
-Vec3 poleNormal(const AP_SURFACE& s, double u, double v, double extent) {
+Vec3 poleNormal(const AP_SURFACE& s, double u, double v) {
   const int orders = std::max({s.uDegree(), s.vDegree(), 1}) + 1;
   const auto work = tryArray<double>(s.workspace(orders));
   if (!work) return {};
-  const Partials partials(s, u, v, orders, work.get(), extent);
+  const Partials partials(s, u, v, orders, work.get());
   Vec3 n;
   const int vSide = border(s.vKnots(), v), uSide = border(s.uKnots(), u);
   if (vSide) n = limit(partials, true, vSide, orders);
@@ -137,12 +151,11 @@ Vec3 normalAt(const AP_SURFACE& s, double u, double v, double* point) {
     large = tryArray<double>(s.workspace(1));
     if (!(work = large.get())) return {};
   }
-  const double extent = extentAt(s, u, v);
-  const Partials partials(s, u, v, 1, work, extent);
+  const Partials partials(s, u, v, 1, work);
   if (point) std::copy_n(work, 3, point);
-  const Vec3 su = partials(1, 0), sv = partials(0, 1);
+  const Vec3 su = partials.su(0, 0), sv = partials.sv(0, 0);
   const bool oneVanishes = (size(su) == 0.0) != (size(sv) == 0.0);
-  return oneVanishes ? poleNormal(s, u, v, extent) : unitCross(su, sv);
+  return oneVanishes ? poleNormal(s, u, v) : unitCross(su, sv);
 }
 
 }  // namespace

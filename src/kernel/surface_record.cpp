@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// AP_SURFACE from and to the kernel's surface records; rows here are the v index, there the u
-// index.
+// AP_SURFACE from and to the kernel's records: rows here are the v index, there the u index.
 #include "kernel/record_chain.h"
 #include "kernel/storage.h"
 #include "knotwork/kernel/surface.h"

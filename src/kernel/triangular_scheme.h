@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// De Boor's triangle run backwards: the weights of a span's control points, for point and
-// derivatives.
+// De Boor's triangle run backwards: weights of a span's control points, for point and derivatives.
 #pragma once
 
 #include <algorithm>
@@ -93,8 +92,7 @@ class TriangularScheme {
     point_[legs] = carried;
   }
 
-  // A leg's slope is (m - level + 1) / distance. Seen from the right, both leg and distance are
-  // reversed.
+  // A leg's slope is (m - level + 1) / distance; from the right, both are reversed.
   const double* legWeights(int q) {
     const int points = m() - q + 1;
     for (int i = 0; i < points; ++i) leg_[i] = point_[i];
@@ -104,8 +102,7 @@ class TriangularScheme {
     return leg_;
   }
 
-  // From the weights of a level's legs to those of its points, which are the legs of the level
-  // before.
+  // From the weights of a level's legs to those of its points, the legs of the level before.
   void spread(int level) {
     const double* const inverse = inverses(level);
     const int legs = m() - level + 1;

@@ -15,7 +15,6 @@ namespace detail = knotwork::detail;
 namespace {
 
 constexpr double kSkippedPartOfTolerance = 0.1;
-constexpr unsigned kFirstSizeRefused = 65536;
 
 // Shared by all objects: the one that factored last has set it for the others.
 double skipThreshold = 1e-13;
@@ -27,6 +26,11 @@ IntVec identity(unsigned n) { return IntVec(n, 0, 1); }
 double* elements(DoubleVec view) { return view.data(); }
 int* elements(IntVec view) { return view.data(); }
 
+// to[i * toStep + w] = from[i * fromStep + w] for i < n and w < width
+void copyBlock(const double* from, int fromStep, double* to, int toStep, int n, int width) {
+  for (int i = 0; i < n; ++i, from += fromStep, to += toStep) std::copy_n(from, width, to);
+}
+
 }  // namespace
 
 namespace knotwork::detail {
@@ -36,7 +40,8 @@ class HouseholderFactor {
  public:
   explicit HouseholderFactor(const Thouseholder& solver) : s_(solver) {}
 
-  // Whether memory was had for all that the factorisation needs.
+  // Whether there is room for all that the factorisation needs: memory may have run out, and from
+  // 65536 rows or columns on the work vectors are too short.
   bool hasStorage() const;
   HouseholderSystem system() const;
   // Does to the sides what normalisation did to the rows, if there are as many.
@@ -49,6 +54,7 @@ class HouseholderFactor {
 
  private:
   TtupleVector residual(const TtupleVector& b, const TtupleVector& y) const;
+  bool solveScaled(DoubleVec& b, DoubleVec& y, int dimension) const;
 
   const Thouseholder& s_;
 };
@@ -88,6 +94,31 @@ void HouseholderFactor::scale(Values& sides) const {
   }
 }
 
+// Points of many components are taken apart into lists of fewer, which lie together in memory; b
+// then stays as it is. @return false if memory ran out.
+bool HouseholderFactor::solveScaled(DoubleVec& b, DoubleVec& y, int dimension) const {
+  const HouseholderSystem s = system();
+  if (dimension <= kFewSides) {
+    solveHouseholder(s, elements(b), elements(y), dimension);
+    return true;
+  }
+  DoubleVec sides(static_cast<unsigned>(s.rows * kManySides));
+  DoubleVec unknowns(static_cast<unsigned>(s.cols * kManySides));
+  if (static_cast<int>(sides.length()) != s.rows * kManySides) return false;
+  if (static_cast<int>(unknowns.length()) != s.cols * kManySides) return false;
+  for (int first = 0; first < dimension; first += kManySides) {
+    const int left = dimension - first;
+    const int width = left <= kFewSides ? left : kManySides;
+    const int filled = std::min(left, width);
+    sides = 0.0;
+    unknowns = 0.0;
+    copyBlock(elements(b) + first, dimension, elements(sides), width, s.rows, filled);
+    solveHouseholder(s, elements(sides), elements(unknowns), width);
+    copyBlock(elements(unknowns), width, elements(y) + first, dimension, s.cols, filled);
+  }
+  return true;
+}
+
 template <class Values>
 int HouseholderFactor::solve(Values& rhs, Values* x, bool changesSides) const {
   const unsigned unknowns = s_.matrix_.cols();
@@ -99,7 +130,7 @@ int HouseholderFactor::solve(Values& rhs, Values* x, bool changesSides) const {
   Values y = zeros<Values>(dimension, unknowns);
   if (pointsOf(b) < s_.matrix_.rows() || pointsOf(y) < unknowns) return kBadArgument;
   scale(b);
-  solveHouseholder(system(), elements(b), elements(y), dimension);
+  if (!solveScaled(b, y, dimension)) return kBadArgument;
   if (changesSides) rhs = b;
   static_cast<DoubleVec&>(*x) = 0.0;
   copyPoints(y, *x);
@@ -127,7 +158,7 @@ bool HouseholderFactor::correct(const TtupleVector& b, TtupleVector& y) const {
   TtupleVector left = residual(b, y);
   TtupleVector correction = zeros<TtupleVector>(y.size(), pointsOf(y));
   if (pointsOf(left) < s_.matrix_.rows() || pointsOf(correction) < pointsOf(y)) return false;
-  solveHouseholder(system(), elements(left), elements(correction), y.size());
+  if (!solveScaled(left, correction, y.size())) return false;
   static_cast<DoubleVec&>(y) += correction;
   return true;
 }
@@ -180,6 +211,7 @@ bool Thouseholder::factor() {
   // Storage is always new: copies of this solver may share the old one.
   rowPerm_.reference(identity(matrix_.rows()));
   colPerm_.reference(identity(matrix_.cols()));
+  // Lengths are taken modulo 65536.
   const unsigned pivots = std::max(static_cast<std::uint16_t>(matrix_.rows()),
                                    static_cast<std::uint16_t>(matrix_.cols()));
   beta_.reference(DoubleVec(pivots, 0.0));
@@ -195,7 +227,7 @@ bool Thouseholder::inPlace() {
   if (static_cast<int>(factorMatrix_.rows()) < constraintRows_) return false;
   if (!dependent_) return true;
   const unsigned places = std::max(matrix_.rows(), matrix_.cols());
-  if (places >= kFirstSizeRefused || !HouseholderFactor(*this).hasStorage()) return false;
+  if (!HouseholderFactor(*this).hasStorage()) return false;
   DoubleVec values(places), products(places);
   IntVec columns(places), rows(places);
   if (std::min({values.length(), products.length(), columns.length(), rows.length()}) < places) {

@@ -11,15 +11,10 @@
 namespace knotwork::detail {
 namespace {
 
-// Sides solved together; more of them go in groups, the registers hold no more sums.
-constexpr int kGroup = 4;
-
 template <int Width>
 class Solution {
  public:
-  // Sides b[i * stride + w] and unknowns x[i * stride + w] for w < Width.
-  Solution(const HouseholderSystem& system, double* b, double* x, int stride)
-      : s_(system), b_(b), x_(x), stride_(stride) {}
+  Solution(const HouseholderSystem& system, double* b, double* x) : s_(system), b_(b), x_(x) {}
 
   void run() {
     for (int j = 0; j < s_.freeColumns(); ++j) reflectSides(j);
@@ -43,13 +38,13 @@ class Solution {
     }
     if (std::all_of(moves, moves + Width, [](bool m) { return m; })) {
       eachPlace([&](std::ptrdiff_t i, double v) {
-        for (int w = 0; w < Width; ++w) to[i * stride_ + w] += factors[w] * v;
+        for (int w = 0; w < Width; ++w) to[i * Width + w] += factors[w] * v;
       });
       return;
     }
     for (int w = 0; w < Width; ++w) {
       if (!moves[w]) continue;
-      eachPlace([&](std::ptrdiff_t i, double v) { to[i * stride_ + w] += factors[w] * v; });
+      eachPlace([&](std::ptrdiff_t i, double v) { to[i * Width + w] += factors[w] * v; });
     }
   }
 
@@ -57,14 +52,13 @@ class Solution {
   void sumProducts(const double* from, double* sums, Visit eachPlace) const {
     double total[Width] = {};
     eachPlace([&](std::ptrdiff_t i, double v) {
-      for (int w = 0; w < Width; ++w) total[w] += from[i * stride_ + w] * v;
+      for (int w = 0; w < Width; ++w) total[w] += from[i * Width + w] * v;
     });
     std::copy(total, total + Width, sums);
   }
 
   const HouseholderSystem& s_;
   double *b_, *x_;
-  std::ptrdiff_t stride_;
 };
 
 // Column reflection j, in the rows that it saw. Least-squares rows are never permuted.
@@ -89,11 +83,11 @@ void Solution<Width>::substitute(int q) {
   const int known = s_.cols - u - 1;
   for (int k = 1; k <= known; ++k) {
     const double v = s_.at(q, u + k);
-    const double* x = x_ + s_.colPerm[u + k] * stride_;
+    const double* x = x_ + s_.colPerm[u + k] * Width;
     for (int w = 0; w < Width; ++w) sums[w] += x[w] * v;
   }
-  const double* side = b_ + s_.rowPerm[q] * stride_;
-  double* unknown = x_ + s_.colPerm[u] * stride_;
+  const double* side = b_ + s_.rowPerm[q] * Width;
+  double* unknown = x_ + s_.colPerm[u] * Width;
   const bool divides = std::abs(s_.sigma[q]) > s_.skip;
   for (int w = 0; w < Width; ++w) {
     const double value = side[w] - sums[w];
@@ -112,26 +106,20 @@ void Solution<Width>::reflectUnknowns(int s) {
   addMultiples(x_, sums, s_.beta[s], eachPlace);
 }
 
-template <int Width>
-void solveGroup(const HouseholderSystem& system, double* b, double* x, int stride) {
-  Solution<Width>(system, b, x, stride).run();
-}
-
 }  // namespace
 
 void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width) {
-  int side = 0;
-  for (; width - side > kGroup; side += kGroup)
-    solveGroup<kGroup>(system, b + side, x + side, width);
-  switch (width - side) {
+  switch (width) {
     case 1:
-      return solveGroup<1>(system, b + side, x + side, width);
+      return Solution<1>(system, b, x).run();
     case 2:
-      return solveGroup<2>(system, b + side, x + side, width);
+      return Solution<2>(system, b, x).run();
     case 3:
-      return solveGroup<3>(system, b + side, x + side, width);
-    case 4:
-      return solveGroup<4>(system, b + side, x + side, width);
+      return Solution<3>(system, b, x).run();
+    case kFewSides:
+      return Solution<kFewSides>(system, b, x).run();
+    case kManySides:
+      return Solution<kManySides>(system, b, x).run();
     default:
       return;
   }

@@ -46,9 +46,13 @@ struct HouseholderWorkspace {
 bool factorHouseholder(const HouseholderSystem& system, const HouseholderWorkspace& work,
                        TsolverReporter& reporter);
 
-// Solves for `width` right-hand sides at once: entry i of side w is b[i * width + w], and likewise
-// for the unknowns x. `b` is used up; `x` must be 0 on entry. Every side gets the bits that it gets
-// alone.
+// As many right-hand sides as are solved for at once.
+inline constexpr int kFewSides = 4;
+inline constexpr int kManySides = 8;
+
+// Solves for `width` right-hand sides, up to kFewSides or just kManySides: entry i of side w is b[i
+// * width + w], and likewise for the unknowns x. `b` is used up; `x` must be 0 on entry. Every side
+// gets the bits that it gets alone.
 void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width);
 
 }  // namespace knotwork::detail

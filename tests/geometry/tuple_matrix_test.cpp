@@ -4,10 +4,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <sstream>
 
 #include "geometry/transforms.h"
+#include "knotwork/geometry/number_sequence.h"
 #include "support/recorded_errors.h"
 #include "support/values.h"
 
@@ -16,10 +16,9 @@ namespace {
 // Component c of point (i, j) is 100 i + 10 j + c.
 TtupleMatrix numbered(int dim, int rows, int cols) {
   TtupleMatrix tm(dim, rows, cols, 0.0);
-  for (int i = 0; i < rows; ++i) {
-    for (int j = 0; j < cols; ++j) {
-      tm(i, j) = DoubleVec(static_cast<unsigned>(dim), 100.0 * i + 10 * j, 1.0);
-    }
+  for (int k = 0; k < rows * cols; ++k) {
+    tm(k / cols, k % cols) =
+        DoubleVec(static_cast<unsigned>(dim), 100.0 * (k / cols) + 10.0 * (k % cols), 1.0);
   }
   return tm;
 }
@@ -28,9 +27,7 @@ std::vector<int> shape(const TtupleMatrix& tm) {
   return {tm.size(), tm.rows(), tm.cols(), static_cast<int>(tm.length())};
 }
 
-std::vector<int> shape(const DoubleGenMat& m) {
-  return {static_cast<int>(m.rows()), static_cast<int>(m.cols())};
-}
+std::vector<unsigned> shape(const DoubleGenMat& m) { return {m.rows(), m.cols()}; }
 
 using Shape = std::vector<int>;
 
@@ -38,7 +35,6 @@ using Shape = std::vector<int>;
 
 TEST(TupleMatrix, ShapesFollowTheSignsOfTheCounts) {
   EXPECT_EQ(shape(TtupleMatrix()), (Shape{1, 0, 0, 0}));
-  EXPECT_EQ(shape(TtupleMatrix(3, 2, 4, 0.0)), (Shape{3, 2, 4, 24}));
   EXPECT_EQ(shape(TtupleMatrix(0, 2, 3, 1.0)), (Shape{1, 2, 3, 0}));
   EXPECT_EQ(shape(TtupleMatrix(-3, 2, -2, 1.0)), (Shape{1, 2, 2, 12}));
   EXPECT_EQ(shape(TtupleMatrix(3, 0, 5, 1.0)), (Shape{3, 0, 5, 0}));
@@ -49,28 +45,31 @@ TEST(TupleMatrix, ShapesFollowTheSignsOfTheCounts) {
   EXPECT_EQ(seven(3), 5.0);
   RecordedErrors errors;
   EXPECT_EQ(shape(TtupleMatrix(1 << 20, 1 << 20, 1 << 20, 0.0)), (Shape{1 << 20, 0, 0, 0}));
-  EXPECT_EQ(errors.take().at(0).code, 0x3008u);
+  EXPECT_EQ(errors.takeText(), "3008 [NOMEM: RWBlock]: Out of memory");
 }
 
 TEST(TupleMatrix, EveryViewFollowsTheLayout) {
-  for (const int dim : {1, 2, 3, 5}) {
+  for (const int dim : {1, 2, 3, 4, 5}) {
     TtupleMatrix tm = numbered(dim, 4, 3);
     const TtupleMatrix& constant = tm;
     const auto n = static_cast<unsigned>(dim);
     for (int k = 0; k < 12; ++k) {
       const int i = k % 4, j = k / 4;
       const Values point = valuesOf(DoubleVec(n, 100.0 * i + 10 * j, 1.0));
-      ASSERT_EQ(valuesOf(tm.point(i, j)), point);
-      EXPECT_EQ(valuesOf(constant(i, j)), point);
-      EXPECT_EQ(valuesOf(tm.data().slice(k * dim, n, 1)), point);
-      EXPECT_EQ(valuesOf(constant.row(i).slice(j * dim, n, 1)), point);
-      EXPECT_EQ(valuesOf(tm.rowVector(i)(j)), point);
-      EXPECT_EQ(valuesOf(tm.columnVector(j)(i)), point);
-      EXPECT_EQ(valuesOf(constant.columnVector(j).point(i)), point);
-      EXPECT_EQ(valuesOf(tm.cols(indices({2, j}))(i, 1)), point);
+      for (const DoubleVec& same :
+           {tm.point(i, j), constant(i, j), tm.data().slice(k * dim, n, 1),
+            constant.row(i).slice(j * dim, n, 1), tm.rowVector(i)(j), tm.columnVector(j)(i),
+            constant.columnVector(j).point(i), tm.cols(indices({2, j}))(i, 1)}) {
+        EXPECT_EQ(valuesOf(same), point);
+      }
       EXPECT_EQ(tm.vecLen()(i, j), tm(i, j).vecLen());
-      for (int c = 0; c < dim; ++c) EXPECT_EQ(tm.component(c)(i, j), tm(i, j)(c));
+      for (int c = 0; c < dim; ++c) EXPECT_EQ(tm.component(c)(i, j), point[unsigned(c)]);
     }
+    DoubleVec flat = tm.data().copy();
+    TtupleVector list(dim, flat);
+    tm.applyTransformation(ShearAndShift());
+    list.applyTransformation(ShearAndShift());
+    EXPECT_TRUE(dim < 3 || valuesOf(tm) == valuesOf(list));  // below, the order of points matters
   }
 }
 
@@ -78,11 +77,11 @@ TEST(TupleMatrix, OnlyNonConstantViewsWriteThrough) {
   TtupleMatrix tm(2, 2, 2, 0.0), view;
   const TtupleMatrix& constant = tm;
   view.reference(tm);
-  for (DoubleVec copied : {constant.column(1), tm.row(1), constant.point(0, 0), constant.data(),
-                           tm.rowVector(1).data(), constant.columnVector(0).data()}) {
+  for (DoubleVec copied :
+       {constant.column(1), tm.row(1), constant.point(0, 0), constant.data(),
+        tm.rowVector(1).data(), constant.columnVector(0).data(), constant.component(0).dataVec()}) {
     copied = 9.0;
   }
-  constant.component(0) = 9.0;
   EXPECT_EQ(valuesOf(view), Values(8, 0.0));
   tm.column(1) = 1.0;
   tm.columnVector(0)(1) = 2.0;
@@ -90,7 +89,8 @@ TEST(TupleMatrix, OnlyNonConstantViewsWriteThrough) {
   const TtupleMatrix kept = tm.copy();
   EXPECT_EQ(valuesOf(view), (Values{3, 0, 2, 2, 3, 1, 1, 1}));
   tm = TtupleMatrix(2, 4, 1, 7.0);
-  tm = TtupleMatrix(1, 4, 2, 7.0);
+  DoubleVec eight(8, 7.0);
+  tm = TtupleMatrix(1, 2, 2, eight);
   EXPECT_EQ(valuesOf(tm), valuesOf(kept));
   tm = numbered(2, 2, 2);
   EXPECT_EQ(valuesOf(view), (Values{0, 1, 100, 101, 10, 11, 110, 111}));
@@ -101,25 +101,18 @@ TEST(TupleMatrix, RequestsThatCannotBeMetAreEmpty) {
   TtupleMatrix tm = numbered(3, 2, 4);
   EXPECT_EQ(tm.row(2).length() + tm.row(-1).length() + tm.column(4).length(), 0u);
   EXPECT_EQ(tm.columnVector(-1).points() + tm.rowVector(2).points(), 0);
-  EXPECT_EQ(shape(tm.component(3)), (Shape{0, 0}));
-  EXPECT_EQ(shape(tm.component(2)), (Shape{2, 4}));
+  EXPECT_EQ(shape(tm.component(3)), (std::vector{0u, 0u}));
+  EXPECT_EQ(shape(tm.component(2)), (std::vector{2u, 4u}));
   EXPECT_EQ(shape(tm.cols(indices({0, 4}))), (Shape{1, 0, 0, 0}));
   EXPECT_EQ(shape(tm.cols(IntVec())), (Shape{3, 2, 0, 0}));
   EXPECT_EQ(shape(numbered(1, 2, 2).rows(indices({2}))), (Shape{1, 0, 0, 0}));
-  std::stringstream stream("1");
-  EXPECT_FALSE(tm.readRaw(stream));
-  tm.printOn(stream);
-  tm.printRaw(stream);
-  EXPECT_EQ(stream.str(), "1");
+  EXPECT_EQ(shape(numbered(1, 2, 0).rows(indices({9}))), (Shape{1, 1, 0, 0}));
 }
 
 TEST(TupleMatrix, SelectsRowsByFlatElement) {
   EXPECT_EQ(valuesOf(numbered(1, 3, 2).rows(indices({2, 0}))), (Values{200, 0, 210, 10}));
   RecordedErrors errors;
-  const TtupleMatrix picked = numbered(2, 2, 1).rows(indices({3, 0}));
-  EXPECT_EQ(shape(picked), (Shape{2, 2, 1, 4}));
-  EXPECT_EQ(valuesOf(picked), (Values{101, 0, 0, 0}));
-  EXPECT_EQ(errors.all().at(0).origin, 0x900Du);
+  EXPECT_EQ(valuesOf(numbered(2, 2, 1).rows(indices({3, 0}))), (Values{101, 0, 0, 0}));
   EXPECT_EQ(errors.takeText(),
             "300f [VNMATCH: DoubleVecPick]: Vector lengths do not match (2 vs 4)");
 }
@@ -127,7 +120,6 @@ TEST(TupleMatrix, SelectsRowsByFlatElement) {
 TEST(TupleMatrix, SetsAComponentColumnByColumn) {
   TtupleMatrix tm = numbered(2, 2, 2);
   tm.setComponent(1, tm.component(0));
-  EXPECT_EQ(valuesOf(tm), (Values{0, 0, 100, 100, 10, 10, 110, 110}));
   RecordedErrors errors;
   tm.setComponent(0, DoubleGenMat(1, 1, -1.0));
   EXPECT_EQ(valuesOf(tm), (Values{-1, 0, 100, 100, 10, 10, 110, 110}));
@@ -147,18 +139,21 @@ TEST(TupleMatrix, StaysInsideAVectorThatIsTooShort) {
   EXPECT_EQ(tm.vecLen()(1, 1), 0.0);
   EXPECT_EQ(tm.row(1).length(), 4u);
   EXPECT_EQ(shape(tm.rows(indices({0, 1}))), (Shape{2, 2, 2, 8}));
-  const auto known = [](const RecordedError& e) { return e.code == 0x300Cu || e.code == 0x300Fu; };
-  EXPECT_TRUE(std::ranges::all_of(errors.all(), known));
+  for (const RecordedError& e : errors.all()) EXPECT_TRUE(e.code == 0x300C || e.code == 0x300F);
   EXPECT_EQ(errors.all().at(0).code, 0x300Cu);
+  DoubleVec every = DoubleVec(9, 1.0).slice(0, 5, 2);
+  EXPECT_EQ(valuesOf(TtupleMatrix(1, 1 << 30, 1, every).row(0)), Values{1.0});
 }
 
-TEST(TupleMatrix, TransformsAsAListDoes) {
-  for (const int dim : {3, 4, 6}) {
-    TtupleMatrix tm = numbered(dim, 3, 2);
-    DoubleVec flat = tm.data().copy();
-    TtupleVector tv(dim, flat);
-    tm.applyTransformation(ShearAndShift());
-    tv.applyTransformation(ShearAndShift());
-    EXPECT_EQ(valuesOf(tm), valuesOf(tv));
-  }
+TEST(Containers, HaveNoText) {
+  const auto check = [](auto container) {
+    std::stringstream stream("[ 1 2 ]");
+    EXPECT_FALSE(container.readRaw(stream));
+    container.printOn(stream);
+    container.printRaw(stream);
+    EXPECT_EQ(stream.str() + std::to_string(stream.tellg()), "[ 1 2 ]0");
+  };
+  check(TtupleVector(2, 1, 3.0));
+  check(TtupleMatrix(2, 1, 1, 3.0));
+  check(TnumberSequence(1.0, 1.0, 2));
 }

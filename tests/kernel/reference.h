@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A slow, independent model of B-splines: basis functions by their recursion, in long double.
+// Curves and surfaces are seen alike: a curve is a surface of one row.
 #pragma once
 
 #include <cmath>
@@ -12,7 +13,6 @@
 namespace knotwork::test {
 
 using Real = long double;
-using Reals = std::vector<Real>;
 
 /// Index of an element: the tests count with int throughout.
 inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
@@ -24,80 +24,78 @@ struct Basis {
     knots.push_back(NAN);
   }
 
+  Real knot(int k) const { return knots[at(k + degree)]; }
+
   /// The span by definition: at a knot to its right, else the nearest that is not empty.
   int span(double t) const {
-    if (degree == 0) {
-      int j = 0;
-      while (j < spans - 1 && knots[at(j + 1)] <= t) ++j;
-      return j;
-    }
-    int before = -1, after = -1;
-    for (int j = spans - 1; j >= 0; --j) {
-      if (!(knot(j) < knot(j + 1))) continue;
-      if (knot(j) <= t && before < 0) before = j;
-      if (knot(j) > t) after = j;
+    int before = degree == 0 ? 0 : -1, after = -1;
+    for (int j = degree == 0 ? 1 : 0; j < spans; ++j) {
+      if (degree > 0 && !(knot(j) < knot(j + 1))) continue;
+      if (knot(j) <= t) before = j;
+      if (knot(j) > t && after < 0) after = j;
     }
     return before >= 0 ? before : after;
   }
 
-  Real knot(int k) const { return knots[at(k + degree)]; }
-
   /// Derivative of order q of basis function i of degree p, in the polynomial of span j.
   Real value(int i, int p, int q, int j, Real t) const {
-    const auto over = [](Real a, Real b) { return b != 0 ? a / b : 0; };
-    if (p == 0) return i == j + degree && q == 0 ? 1 : 0;
-    const Real first =
-        i + p < degree + j || i > degree + j ? 0 : value(i, p - 1, q > 0 ? q - 1 : 0, j, t);
-    const Real second = i + 1 > degree + j ? 0 : value(i + 1, p - 1, q > 0 ? q - 1 : 0, j, t);
+    const int s = j + degree;
     const auto u = [&](int k) { return knots[at(k)]; };
-    if (q > 0) {
-      return p * ((first != 0 ? over(first, u(i + p) - u(i)) : 0) -
-                  (second != 0 ? over(second, u(i + p + 1) - u(i + 1)) : 0));
-    }
-    return (first != 0 ? over((t - u(i)) * first, u(i + p) - u(i)) : 0) +
-           (second != 0 ? over((u(i + p + 1) - t) * second, u(i + p + 1) - u(i + 1)) : 0);
+    if (p == 0) return i == s && q == 0 ? 1 : 0;
+    const auto part = [&](int k, Real numerator) -> Real {
+      if (k > s || k + p <= s) return 0;
+      return numerator * value(k, p - 1, q > 0 ? q - 1 : 0, j, t) / (u(k + p) - u(k));
+    };
+    if (q > 0) return p * (part(i, 1) - part(i + 1, 1));
+    return part(i, t - u(i)) + part(i + 1, u(i + 1 + p) - t);
   }
 
-  int degree;
-  int spans;
-  Reals knots;
+  int degree, spans;
+  std::vector<Real> knots;
 };
+
+/// What curves and surfaces have in common.
+struct Net {
+  const KnotRecord &u, &v;
+  const double* points;
+  int dim, coords;
+};
+
+inline Net net(const AP_SPLINE& s) {
+  static const KnotRecord one(0, 1);
+  return {s.Knots(), one, s.CV(), s.Dim(), s.Coords()};
+}
+
+inline Net net(const AP_SURFACE& s) {
+  return {s.uKnots(), s.vKnots(), s.CV(), s.Dim(), s.Coords()};
+}
 
 /// A sum and the largest of its terms.
 struct Sum {
   Real value = 0;
   Real largest = 0;
-  void add(Real term) {
+  void add(Real term, Real size) {
     value += term;
-    largest = std::max(largest, std::fabs(term));
+    largest = std::max(largest, std::fabs(size));
   }
 };
 
-/// Derivative q of stored coordinate c.
-inline Sum derivative(const AP_SPLINE& s, double t, int q, int c) {
-  const Basis basis(s.Knots());
-  const int j = basis.span(t);
-  Sum sum;
-  for (int i = j; i <= j + s.Degree(); ++i) sum.add(basis.value(i, s.Degree(), q, j, t) * s[i][c]);
-  return sum;
-}
-
 /// Partial (p, q) of stored coordinate c.
-inline Sum partial(const AP_SURFACE& s, double u, double v, int p, int q, int c) {
-  const Basis bu(s.uKnots()), bv(s.vKnots());
+inline Sum partial(const Net& s, double u, double v, int p, int q, int c) {
+  const Basis bu(s.u), bv(s.v);
   const int ju = bu.span(u), jv = bv.span(v);
   Sum sum;
-  for (int i = jv; i <= jv + s.vDegree(); ++i) {
-    for (int j = ju; j <= ju + s.uDegree(); ++j) {
-      sum.add(bv.value(i, s.vDegree(), q, jv, v) * bu.value(j, s.uDegree(), p, ju, u) *
-              s.index(i, j)[c]);
+  for (int i = jv; i <= jv + bv.degree; ++i) {
+    for (int j = ju; j <= ju + bu.degree; ++j) {
+      const Real term = bv.value(i, bv.degree, q, jv, v) * bu.value(j, bu.degree, p, ju, u) *
+                        s.points[((bu.spans + bu.degree) * i + j) * s.coords + c];
+      sum.add(term, term);
     }
   }
   return sum;
 }
 
-/// Seeded objects: knots with repetitions, clamped or not; weights, where there are any, in [0.5,
-/// 2].
+/// Seeded objects: knots with repetitions, clamped or not; weights, if any, in [0.5, 2].
 class Maker {
  public:
   explicit Maker(unsigned seed) : random_(seed) {}
@@ -129,19 +127,22 @@ class Maker {
     }
   }
 
-  AP_SPLINE curve(int dim, int degree, int spans, int rational) {
-    AP_SPLINE s(dim, degree, spans, rational);
-    fill(s.Knots());
-    fill(s.CV(), s.Count(), dim, rational != 0);
-    return s;
-  }
-
-  AP_SURFACE surface(int dim, int uDegree, int vDegree, int uSpans, int vSpans, int rational) {
-    AP_SURFACE s(dim, uDegree, vDegree, uSpans, vSpans, rational & 1, rational & 2);
-    fill(s.uKnots());
-    fill(s.vKnots());
-    fill(s.CV(), s.uCount() * s.vCount(), dim, rational != 0);
-    return s;
+  /// A curve of degree up to 7, or a surface of degrees up to 4.
+  /// @param rational  for surfaces, one bit per direction.
+  template <class Object>
+  Object any(int dim, int rational) {
+    if constexpr (std::is_same_v<Object, AP_SPLINE>) {
+      AP_SPLINE s(dim, upTo(7), 1 + upTo(9), rational);
+      fill(s.Knots());
+      fill(s.CV(), s.Count(), dim, rational != 0);
+      return s;
+    } else {
+      AP_SURFACE s(dim, upTo(4), upTo(4), 1 + upTo(4), 1 + upTo(4), rational & 1, rational & 2);
+      fill(s.uKnots());
+      fill(s.vKnots());
+      fill(s.CV(), s.uCount() * s.vCount(), dim, rational != 0);
+      return s;
+    }
   }
 
   /// A parameter inside, at a knot, or a little outside the domain.
@@ -161,7 +162,7 @@ class Maker {
 };
 
 /// |a - b| in units of the last place of `scale`.
-inline double ulps(double a, Real b, Real scale) {
+inline double ulps(Real a, Real b, Real scale) {
   const double s = static_cast<double>(std::fabs(scale));
   const double unit = s > 0 ? std::nextafter(s, INFINITY) - s : 4e-324;
   return static_cast<double>(std::fabs(a - b) / unit);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The foundation stand-in: shared text, type records and homogeneous points.
+// The foundation stand-in: shared text, type records and exceptions.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -7,11 +7,8 @@
 #include <limits>
 #include <random>
 
-#include "knotwork/platform/foundation/4d_dbl_point.h"
 #include "knotwork/platform/foundation/memory_exception.h"
-#include "knotwork/platform/foundation/mt_ref_counter.h"
 #include "knotwork/platform/foundation/string.h"
-#include "knotwork/platform/foundation/xform_matrix.h"
 
 TEST(String, ShortestDecimalReadsBackTheSame) {
   std::mt19937_64 random(7);
@@ -60,24 +57,4 @@ TEST(Exception, CastsAndCachesByType) {
     Texception* const kept = e.cache();
     EXPECT_TRUE(kept != &e && kept->cache() == kept && kept->cast(&TmemoryExceptionTmeta));
   }
-}
-
-TEST(Point4d, RowTimesMatrix) {
-  struct Shift : TxformMatrix {
-    T4dDblMatrix m;
-    const T4dDblMatrix& matrix() const override { return m; }
-  } shift;
-  shift.m(3, 0) = 5.0;
-  shift.m(0, 1) = 2.0;
-  T4dDblPoint p(1.0, 2.0, 3.0);
-  p.postmultBy(shift.matrix());
-  EXPECT_TRUE(p.x == 6.0 && p.y == 4.0 && p.z == 3.0 && p.w == 1.0);
-}
-
-TEST(RefCounter, TellsTheLastOwner) {
-  TmtRefCounter count;
-  EXPECT_EQ(count.increment(), 2U);
-  EXPECT_EQ(count.decrement(), 1U);
-  EXPECT_EQ(count.decrement(), 0U);
-  EXPECT_EQ(count.value(), 0U);
 }

@@ -53,8 +53,9 @@ TEST(Preparation, NormalisedRowsHaveUnitLength) {
   DoubleGenMat a = randomMatrix(random, 70, 5);
   a.row(40) = 0.0;
   const DoubleGenMat given = a.copy();
-  Thouseholder solver(1e-10, 0, false);
+  Thouseholder solver(1e-10, 0, true);
   solver.setMatrix(a, 0, true, false, false);
+  EXPECT_EQ(valuesOf((solver.*Open::keptMatrix).dataVec()), valuesOf(given.dataVec()));
   for (int i = 0; i < 70; ++i) {
     const double length = given.row(i).vecLen();
     EXPECT_EQ(solver.rhsMult()(i), i == 40 ? 0.0 : 1 / length);
@@ -154,16 +155,22 @@ TEST(Solve, WritesTheResultOnlyWhenItIsOneAndMayWriteOverTheRightHandSide) {
   EXPECT_EQ(valuesOf(solver.solve(DoubleVec(4, 1.0))), Values(5, 0.0));
 }
 
-TEST(Solve, WorksOnTheCallersRightHandSideIfToldTo) {
+TEST(Solve, WorksOnTheCallersRightHandSideIfToldToUnlessValuesArePrescribed) {
   Random random(26);
-  Thouseholder solver(1e-12, 0, false);
-  solver.setMatrix(randomMatrix(random, 6, 3), 1, false, false, false);
+  Thouseholder solver(1e-12, 0, true);
+  const DoubleGenMat a = randomMatrix(random, 6, 3);
+  solver.setMatrix(a, 1, false, false, false);
   const DoubleVec rhs = randomVector(random, 6);
   const DoubleVec x = solver.solve(rhs);
   solver.*Open::copyRhs = false;
   DoubleVec used = rhs.copy();
   EXPECT_EQ(valuesOf(solver.solve(used)), valuesOf(x));
   EXPECT_NE(valuesOf(used), valuesOf(rhs));
+  used = rhs;
+  solver.setMatrix(a, indices({1}), 0, false, true, false);
+  DoubleVec prescribed(3, 1.0);
+  EXPECT_EQ(solver.solve(used, &prescribed, true), 0);
+  EXPECT_EQ(valuesOf(used), valuesOf(rhs));
 }
 
 TEST(BadInput, NothingUsableLeavesOldListsThatNothingReadsPast) {

@@ -52,7 +52,8 @@ class KNOTWORK_API TnumberSequence : public DoubleVec {
   IntVec multiplicities() const;
 
   /// Inserts x `multiplicity` times, behind all values up to x; a multiplicity below 1 changes
-  /// nothing. The sequence gets storage of its own.
+  /// nothing. The sequence gets storage of its own. Reports 0x3008, and stays as it is, where so
+  /// many values cannot be had.
   void add(double x, int multiplicity);
   /// Merges in `values`, which must be sorted, each behind the equal ones that are here; into an
   /// empty sequence they are copied as they are. The sequence gets storage of its own.

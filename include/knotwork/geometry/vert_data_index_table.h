@@ -36,10 +36,16 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
   bool insertReplace(const int& key, const int& data);
 
   /// @return the data of the key's first entry, writable, until that entry is removed; or null.
-  int* find(const int& key);
+  KNOTWORK_INLINE_API int* find(const int& key) {
+    knotwork::detail::VertEntry* const entry = findEntry(key);
+    return entry ? &entry->data : nullptr;
+  }
 
   /// @return the data of the key's first entry, until that entry is removed; or null.
-  const int* find(const int& key) const;
+  KNOTWORK_INLINE_API const int* find(const int& key) const {
+    const knotwork::detail::VertEntry* const entry = findEntry(key);
+    return entry ? &entry->data : nullptr;
+  }
 
   /// @param[out] data  the data of the key's first entry; left alone if there is none.
   /// @return whether the key is there.
@@ -57,8 +63,8 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
     /// @return the current data, writable; not tested for done.
     KNOTWORK_INLINE_API int& data() const { return entry()->data; }
 
-    /// @param[out] data  the current data; left alone when done. @return whether an entry is
-    /// current.
+    /// @param[out] data  the current data; left alone when done.
+    /// @return whether an entry is current.
     bool getData(int& data) const;
 
     /// Inserts every entry of this table into another one, duplicates kept; the iterator ends done.
@@ -82,8 +88,8 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
     /// @return the current data, writable; null when done.
     int* data() const;
 
-    /// @param[out] data  the current data; left alone when done. @return whether an entry is
-    /// current.
+    /// @param[out] data  the current data; left alone when done.
+    /// @return whether an entry is current.
     bool getData(int& data) const;
 
     /// Removes the current entry and goes to the key's next one. @return whether there was one.

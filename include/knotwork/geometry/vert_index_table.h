@@ -31,7 +31,7 @@ class KNOTWORK_API TvertIndexTable : public knotwork::detail::VertTable {
   bool insertUnique(const int& key);
 
   /// @return whether the key is there.
-  bool find(const int& key) const;
+  KNOTWORK_INLINE_API bool find(const int& key) const { return findEntry(key) != nullptr; }
 
   /// @return how often the key is there.
   unsigned keyCount(const int& key) const;

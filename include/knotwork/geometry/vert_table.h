@@ -9,6 +9,12 @@
 
 namespace knotwork::detail {
 
+/// @return the first entry with a hash in the rest of a chain, from `entry` on, or null.
+inline ThashTableEntry* findInChain(ThashTableEntry* entry, unsigned hash) {
+  while (entry && entry->hash != hash) entry = entry->next;
+  return entry;
+}
+
 /// Entry of a vertex table; a table of keys alone leaves `data` 0.
 struct VertEntry : ThashTableEntry {
   int key;
@@ -39,8 +45,12 @@ class KNOTWORK_API VertTable : public ThashTable {
   /// Makes a new entry, first of its key. @return whether memory for it was found.
   bool insertEntry(int key, int data);
 
-  /// @return the newest entry of a key, or null.
-  VertEntry* findEntry(int key) const;
+  /// @return the newest entry of a key, or null. The stored hash is the whole key, so comparing
+  /// hashes is comparing keys.
+  KNOTWORK_INLINE_API VertEntry* findEntry(int key) const {
+    const auto hash = static_cast<unsigned>(key);
+    return static_cast<VertEntry*>(findInChain(buckets_[hash & (bucketCount_ - 1)], hash));
+  }
 
   /// @return the number of entries of a key.
   unsigned countEntries(int key) const;
@@ -51,12 +61,6 @@ class KNOTWORK_API VertTable : public ThashTable {
   void freeEntry(ThashTableEntry* entry) const override;
   void clearall();
 };
-
-/// @return the first entry with a key in the rest of a chain, from `entry` on, or null.
-inline ThashTableEntry* findInChain(ThashTableEntry* entry, unsigned hash) {
-  while (entry && entry->hash != hash) entry = entry->next;
-  return entry;
-}
 
 /// Walk over all entries of a vertex table. Removal by removeThenNext() alone keeps it valid.
 class KNOTWORK_API VertIterator : public ThashTableIterator {

@@ -21,9 +21,9 @@ struct ag_surface;
 /// carries a weight must already be as the kernel keeps it. Row i of a grid is the i-th u row of a
 /// control net, columns run along v.
 ///
-/// Nothing is thrown or reported. A null record, counts that do not agree, and a list that ends (or
-/// a point whose coordinates are missing) before its count give false or an empty container; the
-/// numbers written till then stay written.
+/// Nothing is thrown; only memory that cannot be had is reported, with 0x3008. A null record,
+/// counts that do not agree, and a list that ends (or a point whose coordinates are missing) before
+/// its count give false or an empty container; the numbers written till then stay written.
 class KNOTWORK_API TagRw {
  public:
   /// v[k] = p[k] for k < count, as far as v goes; a negative count means all of v.

@@ -2,8 +2,7 @@
 // Small types of the spline and surface objects; their values are those of the kernel's records.
 #pragma once
 
-/// How the ends of a curve, or of one direction of a surface, meet. Records may hold further
-/// values.
+/// How the ends of a curve, or of one direction of a surface, meet; records may hold more values.
 enum AP_FORM : int {
   AP_FORM_OPEN = 0,      ///< ends apart
   AP_FORM_CLOSED = 1,    ///< ends at one place
@@ -15,6 +14,5 @@ enum AP_TYPE : int {
   AP_TYPE_GENERAL = 0,  ///< nothing is known of the shape
 };
 
-/// 0 for a polynomial object; any other value for a rational one, whose control points carry a
-/// weight.
+/// 0 for a polynomial object, else for a rational one, whose control points carry a weight.
 using AP_RATIONALITY = int;

@@ -17,8 +17,7 @@ namespace knotwork {
 class KNOTWORK_API KnotRecord {
  public:
   /// Knots k held within [0, spans]: clamped and uniform.
-  /// @param degree, spans  both at least 0; otherwise, or without memory, the record is that of (0,
-  /// 0).
+  /// @param degree, spans  at least 0; if not, or without memory, the record is that of (0, 0).
   KnotRecord(int degree, int spans);
 
   /// Deep copy; the record of (0, 0) without memory.
@@ -46,8 +45,7 @@ class KNOTWORK_API KnotRecord {
   void assign(const double* values, int n);
 
   /// @return the span that holds t: at a knot the one to its right, at and beyond an end of the
-  /// domain
-  ///         the nearest one that is not empty; always in [0, max(spans - 1, 0)].
+  ///         domain the nearest one that is not empty; always in [0, max(spans - 1, 0)].
   int span(double t) const;
 
   /// @return whether t lies in the domain, ends included. Degree 0 has no ends.
@@ -60,9 +58,8 @@ class KNOTWORK_API KnotRecord {
   /// @return the new knot's number: span(t) + 1 before the insertion.
   int insert(double t);
 
-  /// @param k  in [first(), last()], not checked. @return the address of knot k; knots lie one
-  /// after
-  ///           the other.
+  /// @param k  in [first(), last()], not checked.
+  /// @return   the address of knot k; knots lie one after the other.
   KNOTWORK_INLINE_API const double* at(int k) const { return values_.get() + (k + degree_ - 1); }
 
   /// Becomes the record of (0, 0), which has no knots.

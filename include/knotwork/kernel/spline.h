@@ -46,8 +46,7 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   /// @return the type set last.
   AP_TYPE Type() const;
 
-  /// @return the doubles that eval() needs for derivatives up to k: (max(m, k) + 1) * Coords(),
-  /// where a
+  /// @return the doubles that eval() needs for derivatives up to k: (max(m, k) + 1) * Coords(). A
   ///         negative k counts as larger than any degree, so that k = -1 yields 0.
   int WorkspaceSize(int k) const;
 
@@ -56,10 +55,11 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   /// @return the knots.
   const knotwork::KnotRecord& Knots() const;
 
-  /// @param i  in [0, Count() - 1], not checked. @return control point i, writable, until a knot is
-  ///           inserted.
+  /// @param i  in [0, Count() - 1], not checked.
+  /// @return   control point i, writable, until a knot is inserted.
   double* operator[](int i);
-  /// @param i  in [0, Count() - 1], not checked. @return control point i, until a knot is inserted.
+  /// @param i  in [0, Count() - 1], not checked.
+  /// @return   control point i, until a knot is inserted.
   const double* operator[](int i) const;
 
   /// @return the first node of the list of control points; null if there are none. Nodes are good
@@ -87,17 +87,15 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   void eval(double* out, double t, int nderiv) const;
 
   /// Point and derivatives of the curve whose member eval() ran last.
-  /// @return  an area of the library, laid out as by the member, until the next call; null if there
-  /// is
-  ///          no such curve, it is gone, nderiv is negative or memory runs out.
+  /// @return  an area of the library, laid out as by the member, until the next call; null if no
+  ///          curve was evaluated, that one is gone, nderiv is negative or memory runs out.
   static double* eval(double t, int nderiv);
 
   /// Inserts a knot; the curve stays the same to rounding.
   /// @param t     a parameter in the domain, its ends included.
   /// @param mult  how many times; below 1 changes nothing.
-  /// @return      the number of the first new knot. -1, and nothing changed, if t is outside or
-  /// memory
-  ///              runs out.
+  /// @return      the number of the first new knot; -1, and nothing changed, if t is outside or
+  ///              memory runs out.
   /// Source  W. Boehm, Inserting new knots into B-spline curves, CAD 12 (1980).
   int insert(double t, int mult);
 
@@ -118,9 +116,8 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   /// control point, then an empty line. Nothing if `file` is null.
   void print(std::FILE* file) const;
 
-  /// @return a new kernel record of this curve, owned by the caller: repeated knots share one
-  /// value.
-  ///         Null for the empty curve and without memory.
+  /// @return a new kernel record of this curve, owned by the caller, in which repeated knots share
+  ///         one value; null for the empty curve and without memory.
   ag_spline* AGLIB() const;
 
   /// @return this.
@@ -133,7 +130,7 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   AP_RATIONALITY rationality_;
   AP_FORM form_;
   AP_TYPE type_;
+  std::unique_ptr<AP_CNODE[]> nodes_;  // null until asked for
   knotwork::KnotRecord knots_;
   int growBy_;
-  std::unique_ptr<AP_CNODE[]> nodes_;
 };

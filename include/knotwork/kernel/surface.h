@@ -25,8 +25,7 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// Deep copy, its capacity its own point count, its box not computed.
   AP_SURFACE(const AP_SURFACE& other);
 
-  /// Copy of a kernel surface: numbers, forms, type and rational flags. The record is left as it
-  /// is.
+  /// Copy of a kernel surface: numbers, forms, type and rational flags. The record stays as it is.
   /// @param unused  has no meaning.
   AP_SURFACE(const ag_surface* record, int unused);
 
@@ -90,21 +89,19 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// @return       this object's box.
   AP_MMBOX& Box(int force);
 
-  /// Point and partial derivatives at (u, v), up to order nderiv in each direction; allocates
-  /// nothing.
+  /// Point and partials at (u, v), up to order nderiv in each direction; allocates nothing.
   ///
   /// Knots, ends of the domain and orders above the degree are treated as for curves.
   /// @param[out] out  WorkspaceSize(nderiv) doubles. The partial of order i in u and j in v stands
-  /// at
-  ///                  ((nderiv + 1) j + i) Coords(), its first Dim() doubles meaningful; what lies
-  ///                  behind the results is scratch.
+  ///                  at ((nderiv + 1) j + i) Coords(), its first Dim() doubles meaningful; what
+  ///                  lies behind the results is scratch.
+  /// @param u, v      in knot units.
   /// @param nderiv    highest order; nothing is written if it is negative.
   void eval(double* out, double u, double v, int nderiv) const;
 
   /// Point and partials of the surface whose member eval() ran last.
-  /// @return  an area of the library, laid out as by the member, until the next call; null if there
-  /// is
-  ///          no such surface, it is gone, nderiv is negative or memory runs out.
+  /// @return  an area of the library, laid out as by the member, until the next call; null if no
+  ///          surface was evaluated, that one is gone, nderiv is negative or memory runs out.
   static double* eval(double u, double v, int nderiv);
 
   /// Point and unit normal Su x Sv at (u, v), for surfaces in space.
@@ -138,9 +135,8 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// `file` is null.
   void print(std::FILE* file) const;
 
-  /// @return a new kernel record of this surface, owned by the caller: repeated knots share one
-  /// value.
-  ///         Null for the empty surface and without memory.
+  /// @return a new kernel record of this surface, owned by the caller, in which repeated knots
+  ///         share one value; null for the empty surface and without memory.
   ag_surface* AGLIB() const;
 
   /// @return this.
@@ -159,8 +155,8 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   AP_RATIONALITY vRationality_;
   AP_FORM uForm_;
   AP_FORM vForm_;
+  std::unique_ptr<AP_SNODE[]> nodes_;  // null until asked for
   knotwork::KnotRecord uKnots_;
   knotwork::KnotRecord vKnots_;
   int growBy_;
-  std::unique_ptr<AP_SNODE[]> nodes_;
 };

@@ -37,9 +37,7 @@ ThashTable::ThashTable(unsigned initial, unsigned maximum)
 ThashTable::ThashTable(const ThashTable& other) : ThashTable(other.initial_, other.maximum_) {}
 
 ThashTable& ThashTable::operator=(const ThashTable& other) {
-  if (this == &other || !copyEntries(other)) return *this;
-  initial_ = other.initial_;
-  maximum_ = other.maximum_;
+  if (this != &other) copyEntries(other);
   return *this;
 }
 
@@ -47,50 +45,35 @@ ThashTable::~ThashTable() {
   if (buckets_ != &single_) std::free(buckets_);
 }
 
-bool ThashTable::insertWithHash(ThashTableEntry* entry, unsigned hash) {
-  if (!entry) return false;
-  ThashTableEntry*& head = buckets_[hash & (bucketCount_ - 1)];
-  entry->hash = hash;
-  entry->next = head;
-  head = entry;
-  if (++entryCount_ > bucketCount_) doubleBuckets();
-  return true;
-}
-
-void ThashTable::shrinkTable() {
-  unsigned count = bucketCount_;
-  while (count > initial_ && entryCount_ < count / 4) count /= 2;
-  foldBuckets(count);
-}
-
 void ThashTable::reinitializeTable() {
-  foldBuckets(std::min(initial_, bucketCount_));
+  if (initial_ < bucketCount_) foldBuckets(initial_);
   while (bucketCount_ < initial_ && doubleBuckets()) {
   }
 }
 
-bool ThashTable::copyEntries(const ThashTable& other) {
+void ThashTable::copyEntries(const ThashTable& other) {
   ThashTableEntry* copies = nullptr;  // in reverse, so that insertion in front restores the order
   for (unsigned b = 0, left = other.entryCount_; left > 0; ++b) {
     for (const ThashTableEntry* e = other.buckets_[b]; e; e = e->next, --left) {
       ThashTableEntry* copy = cloneEntry(e);
       if (!copy) {
         for (; copies; freeEntry(copy)) copy = copies, copies = copies->next;
-        return false;
+        return;
       }
       copy->next = copies;
       copies = copy;
     }
   }
   freeEntries();
-  foldBuckets(std::min(bucketCount_, other.bucketCount_));
+  initial_ = other.initial_;
+  maximum_ = other.maximum_;
+  if (other.bucketCount_ < bucketCount_) foldBuckets(other.bucketCount_);
   while (bucketCount_ < other.bucketCount_ && doubleBuckets()) {
   }
   while (ThashTableEntry* const copy = copies) {
     copies = copies->next;
     insertWithHash(copy, copy->hash);
   }
-  return true;
 }
 
 void ThashTable::freeEntries() {
@@ -125,15 +108,19 @@ bool ThashTable::doubleBuckets() {
   return true;
 }
 
-// Puts the chains of the buckets from `count` on in front of those below; each keeps its order.
+// Puts the chains of the buckets from `count` on in front of those below, each in its order; there
+// must be more than `count`. Most buckets of a table that shrinks are empty: a chain that meets
+// none is moved without a branch.
 void ThashTable::foldBuckets(unsigned count) {
-  if (count >= bucketCount_) return;
   for (unsigned b = count; b < bucketCount_; ++b) {
-    if (!buckets_[b]) continue;
-    ThashTableEntry* last = buckets_[b];
-    while (last->next) last = last->next;
-    last->next = buckets_[b & (count - 1)];
-    buckets_[b & (count - 1)] = buckets_[b];
+    ThashTableEntry* const above = buckets_[b];
+    ThashTableEntry*& below = buckets_[b & (count - 1)];
+    if ((above != nullptr) & (below != nullptr)) {
+      ThashTableEntry* last = above;
+      while (last->next) last = last->next;
+      last->next = below;
+    }
+    below = above ? above : below;
   }
   bucketCount_ = count;
   if (count == 1) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// A second spline kernel with the interface of the stand-in and nothing else in common: records are
-// cut out of an arena of fixed size that is rewound when the last record goes, nodes lie one after
-// the other, and a full arena gives null.
+// A second spline kernel: what the library asks of one, and nothing in common with the stand-in.
+// Records are cut out of an arena of fixed size that is rewound when the last record goes, nodes
+// lie one after the other, and a full arena gives null.
 #include "arena_kernel.h"
 
 #include <cstddef>
@@ -103,20 +103,8 @@ ag_surface* ag_bld_srf(int dim, const double* points, const double* knots, int t
   return finish(s, true);
 }
 
-ag_cp_list* ag_bld_cp_list(int dim, int count, const double* points) {
-  return finish(
-      ag_cp_list{dim, count, chain<ag_cnode>(count, &ag_cnode::next, &ag_cnode::p, dim, points)},
-      true);
-}
-
-ag_sp_array* ag_bld_sp_array(int dim, int rows, int cols, const double* points) {
-  return finish(ag_sp_array{dim, rows, cols, grid(rows, cols, dim, points)}, true);
-}
-
 void ag_rel_bs(ag_spline* s) { giveBack(s); }
 void ag_rel_srf(ag_surface* s) { giveBack(s); }
-void ag_rel_cp_list(ag_cp_list* list) { giveBack(list); }
-void ag_rel_sp_array(ag_sp_array* array) { giveBack(array); }
 
 ag_knode* AGI_getFirstNode(const ag_spline* s) { return s ? s->knots : nullptr; }
 ag_sknode* AGI_getFirstSurfaceNode(const ag_surface* s) { return s ? s->knots : nullptr; }
@@ -131,4 +119,3 @@ void ag_V_zero(double* to, int n) {
 }
 
 void ag_register_tick_function(ag_tick_function) {}
-int ag_tick(int, int) { return 0; }

@@ -19,9 +19,8 @@ struct ThashTableEntry {
 /// memory for more buckets cannot be had, the table stays as it is and chains grow instead.
 class KNOTWORK_FOUNDATION_API ThashTable {
  public:
-  /// @param initial  buckets at the start, rounded up to a power of two, at least 1; the count
-  /// never
-  ///                 falls below it. (Fewer, where memory for so many cannot be had.)
+  /// @param initial  buckets at the start, rounded up to a power of two, at least 1 (fewer, where
+  ///                 memory for so many cannot be had); the count never falls below it.
   /// @param maximum  growth stops before the count would exceed this.
   ThashTable(unsigned initial, unsigned maximum);
 
@@ -46,9 +45,9 @@ class KNOTWORK_FOUNDATION_API ThashTable {
   /// Goes back to the initial bucket count.
   void reinitializeTable();
 
-  /// Replaces the entries by copies of those of `other`, each chain in the same order.
-  /// @return true; false, and nothing changed, if an entry cannot be had.
-  bool copyEntries(const ThashTable& other);
+  /// Takes over the limits of `other`, and copies of its entries, each chain in the same order;
+  /// nothing changes if memory for an entry runs out.
+  void copyEntries(const ThashTable& other);
 
   /// Frees every entry and empties every bucket; the bucket array stays.
   void freeEntries();
@@ -72,3 +71,22 @@ class KNOTWORK_FOUNDATION_API ThashTable {
   unsigned initial_;
   unsigned maximum_;
 };
+
+// What every insertion and removal does is defined here, open to inlining.
+
+KNOTWORK_FOUNDATION_INLINE_API inline bool ThashTable::insertWithHash(ThashTableEntry* entry,
+                                                                      unsigned hash) {
+  if (!entry) return false;
+  ThashTableEntry*& head = buckets_[hash & (bucketCount_ - 1)];
+  entry->hash = hash;
+  entry->next = head;
+  head = entry;
+  if (++entryCount_ > bucketCount_) doubleBuckets();
+  return true;
+}
+
+KNOTWORK_FOUNDATION_INLINE_API inline void ThashTable::shrinkTable() {
+  unsigned count = bucketCount_;
+  while (count > initial_ && entryCount_ < count / 4) count /= 2;
+  if (count < bucketCount_) foldBuckets(count);
+}

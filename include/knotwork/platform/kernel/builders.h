@@ -13,9 +13,8 @@ extern "C" {
 
 /// New curve record, owned by the caller, released with ag_rel_bs().
 /// @param points  (spans + degree) * (dim + |rational|) doubles, copied; null leaves the points 0.
-/// @param knots   spans + 2 degree - 1 doubles, copied, neighbours that are equal sharing one
-/// value;
-///                null leaves the values of the knot nodes to the caller, who sets each from
+/// @param knots   spans + 2 degree - 1 doubles, copied; equal neighbours share one value. Null
+///                leaves the values of the knot nodes to the caller, who sets each from
 ///                ag_al_dbl().
 KNOTWORK_KERNEL_API ag_spline* ag_bld_bs(int dim, const double* points, const double* knots,
                                          int type, int degree, int spans, int rational, int form);

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+// Runs the program inside the test, in a folder of its own.
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "cli/app.h"
+
+namespace knotfit::test {
+
+using Json = nlohmann::ordered_json;
+
+struct Outcome {
+  int code;
+  std::string out, err;
+};
+
+inline Outcome knotfit(const std::vector<std::string>& arguments) {
+  std::ostringstream out, err;
+  const int code = run(arguments, {out, err});
+  return {code, out.str(), err.str()};
+}
+
+/// A folder that is the current one while it lives.
+class Folder {
+ public:
+  Folder() : before_(std::filesystem::current_path()) {
+    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
+    std::string name = std::string(test->test_suite_name()) + "." + test->name();
+    for (char& c : name) c = c == '/' ? '_' : c;
+    path_ = std::filesystem::temp_directory_path() / ("knotfit_test_" + name);
+    std::filesystem::remove_all(path_);
+    std::filesystem::create_directories(path_);
+    std::filesystem::current_path(path_);
+  }
+  ~Folder() {
+    std::filesystem::current_path(before_);
+    std::filesystem::remove_all(path_);
+  }
+  Folder(const Folder&) = delete;
+  Folder& operator=(const Folder&) = delete;
+
+  std::size_t files() const {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path_), {}));
+  }
+
+ private:
+  std::filesystem::path before_, path_;
+};
+
+inline std::string data(const std::string& name) { return KNOTFIT_DATA "/" + name; }
+
+inline std::string contents(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void write(const std::string& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+/// Runs a command that must succeed and leave its report in report.json.
+inline Json report(std::vector<std::string> arguments, int code = 0) {
+  arguments.insert(arguments.end(), {"--report", "report.json", "--force", "-q"});
+  const Outcome o = knotfit(arguments);
+  EXPECT_EQ(o.code, code) << o.err;
+  return o.code == code ? Json::parse(contents("report.json")) : Json();
+}
+
+}  // namespace knotfit::test
