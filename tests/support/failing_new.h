@@ -2,6 +2,8 @@
 // Allocation failure on demand, for the whole process: programs that use it link failing_new.cpp.
 #pragma once
 
+#include <functional>
+
 namespace knotwork::test {
 
 /// While it lives, `allowed` further allocations by operator new succeed and all after them fail.
@@ -19,5 +21,9 @@ long newCalls();
 /// @return whether the library's allocations come through here. On Windows they do not: a DLL has
 /// its operator new from the run-time library, and tests of what it allocates must be skipped.
 bool canObserveAllocation();
+
+/// Runs `use` once for each of its allocations, in two ways: that one alone fails, or all from it
+/// on. Expects every run to report 0x3008 and none to throw.
+void expectEveryFailureReported(const std::function<void()>& use);
 
 }  // namespace knotwork::test

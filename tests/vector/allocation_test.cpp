@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 // What vectors allocate, and what they do when they cannot.
-#include <optional>
 #include <sstream>
 
 #include "knotwork/vector/double_vec_pick.h"
@@ -15,6 +14,7 @@
 namespace {
 
 using knotwork::test::canObserveAllocation;
+using knotwork::test::expectEveryFailureReported;
 using knotwork::test::FailingNew;
 using knotwork::test::newCalls;
 
@@ -41,10 +41,7 @@ TYPED_TEST(VectorStorage, CreatingAndDestroyingAVectorCostsOneAllocation) {
 
 TYPED_TEST(VectorStorage, ABlockIsSharedByUpTo65535Views) {
   const TypeParam v(2, 7);
-  {
-    const std::vector<TypeParam> views(65534, v);
-    TypeParam last(views.back());  // the count wraps
-  }
+  std::vector<TypeParam>(65535, v);  // with v itself the count wraps
   EXPECT_EQ(v(1), 7);
 }
 
@@ -65,12 +62,11 @@ TEST(RWBlock, FiveObjectsOfASizeAreRecycledLastFirst) {
     for (void* object : objects) RWBlock::operator delete(object, releaseSize);
   }
   RWBlock::operator delete(nullptr, 10);
-  // Too large for the cache, or of no size at all: straight to the allocator and back.
-  for (const std::size_t size : {std::size_t{0}, std::size_t{64}}) {
-    const long before = newCalls();
-    for (int i = 0; i < 3; ++i) RWBlock::operator delete(RWBlock::operator new(size), size);
-    EXPECT_EQ(newCalls(), before + 3);
+  const long before = newCalls();  // of no size, or too large: straight to the allocator and back
+  for (const std::size_t size : {0, 0, 64, 64}) {
+    RWBlock::operator delete(RWBlock::operator new(size), size);
   }
+  EXPECT_EQ(newCalls(), before + 4);
 }
 
 TEST(RWBlockDeathTest, OutOfMemoryIsFatalByDefault) {
@@ -82,22 +78,9 @@ TEST(RWBlockDeathTest, OutOfMemoryIsFatalByDefault) {
   EXPECT_DEATH(allocate(), terminatedBy("[NOMEM: RWBlock]: Out of memory"));
 }
 
-// ---- Every allocation fails once ----------------------------------------------------------------
-
-int reportsOfNoMemory = 0;
-bool goesOnFailing = false;
-std::optional<FailingNew> limit;
-
-void countReport(MathErrorRecord record, va_list) {
-  const bool noMemory =
-      record.code == knotwork::kOutOfMemory && record.severity == 2 && record.origin == 0x901A;
-  reportsOfNoMemory += noMemory ? 1 : 0;
-  if (noMemory && !goesOnFailing) limit.reset();
-}
-
 // Uses every operation that allocates; ends with the sum of what it has, to read all of it.
 template <class Vec>
-double useEverything(std::istream& in) {
+double useEverything() {
   using T = typename Vec::value_type;
   const T raw[] = {1, 2, 3, 4, 5, 6};
   Vec a(6, 2), b(raw, 6), c(6, 1, 1), empty;
@@ -115,7 +98,14 @@ double useEverything(std::istream& in) {
   Vec picked(b.vecPick(list));
   b.vecPick(list) = picked;
   picked = b.vecPick(list);
-  in >> empty;
+  static std::stringstream ones = [] {
+    std::stringstream text;
+    text << IntVec(300, 1);
+    return text;
+  }();
+  ones.seekg(0);
+  // For doubles the stream makes allocations of its own, whose failure nobody reports.
+  if constexpr (!std::is_same_v<Vec, DoubleVec>) ones >> empty;
   Vec result = -(a + b) * view - c + cumsum(same) * T{3};
   result.reference(delta(reverse(abs(result))));
   result *= result;
@@ -129,49 +119,27 @@ double useEverything(std::istream& in) {
 }
 
 TYPED_TEST(VectorStorage, FailureOfAnyAllocationIsReportedAndHarmsNothing) {
-  std::string numbers = "[";
-  for (int i = 0; i < 300; ++i) numbers += " 1";
-  const MathErrorHandler before = setMathErrorHandler(countReport);
-  std::istringstream freely(numbers + " ]");
-  const double untroubled = useEverything<TypeParam>(freely);
-  double total = 0;
-  for (const bool onAndOn : {false, true}) {
-    goesOnFailing = onAndOn;
-    bool refused = true;
-    for (long allowed = 0; refused; ++allowed) {
-      std::istringstream in(numbers + " ]");
-      reportsOfNoMemory = 0;
-      const long callsBefore = newCalls();
-      limit.emplace(allowed);
-      EXPECT_NO_THROW(total = useEverything<TypeParam>(in)) << allowed;
-      limit.reset();
-      refused = newCalls() - callsBefore > allowed;
-      // The stream's own allocations, for doubles, fail without a report.
-      const bool reportedAll = reportsOfNoMemory > 0 || std::is_same_v<TypeParam, DoubleVec>;
-      EXPECT_TRUE(refused ? reportedAll : reportsOfNoMemory == 0) << allowed;
-      EXPECT_TRUE(onAndOn || reportsOfNoMemory <= 1) << allowed;
-      ASSERT_LT(allowed, 1000);
-    }
-    EXPECT_EQ(total, untroubled);  // what failed before has left nothing behind
-  }
+  const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
+  const double untroubled = useEverything<TypeParam>();
+  expectEveryFailureReported(useEverything<TypeParam>);
+  EXPECT_EQ(useEverything<TypeParam>(), untroubled);  // the failures have left nothing behind
   setMathErrorHandler(before);
 }
 
 TYPED_TEST(VectorStorage, AFailedChangeKeepsTheVector) {
   TypeParam v(3, 5, 1);
   const TypeParam view(v);
-  const MathErrorHandler before = setMathErrorHandler(countReport);
-  goesOnFailing = true;
-  limit.emplace(0);
-  v.resize(9);
-  v.reshape(9);
-  v.deepenShallowCopy();
-  const TypeParam none(4, 1), copy = v.copy(), sum = v + v;
-  limit.reset();
+  const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
+  {
+    const FailingNew none(0);
+    v.resize(9);
+    v.reshape(9);
+    v.deepenShallowCopy();
+    EXPECT_EQ(TypeParam(4, 1).length() + v.copy().length() + (v + v).length(), 0u);
+  }
   setMathErrorHandler(before);
   EXPECT_TRUE(holds(v, {5, 6, 7}));
   EXPECT_EQ(v.data(), view.data());
-  EXPECT_EQ(none.length() + copy.length() + sum.length(), 0u);
 }
 
 }  // namespace

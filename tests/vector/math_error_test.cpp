@@ -8,6 +8,7 @@
 #include <fstream>
 #include <new>
 #include <sstream>
+#include <tuple>
 
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/math_codes.h"
@@ -65,20 +66,20 @@ TEST(MathErrorDeathTest, CodesOfMissingCataloguesTerminateWhateverTheirSeverity)
 
 TEST(MathError, HandlersReplaceEachOtherAndSeeTheArguments) {
   RecordedErrors outer;
+  const auto expectOne = [](RecordedErrors& errors, unsigned code, unsigned severity,
+                            unsigned origin, const std::string& text) {
+    ASSERT_EQ(errors.all().size(), 1u);
+    const RecordedError& error = errors.all()[0];
+    EXPECT_EQ(std::tie(error.code, error.severity, error.origin, error.text),
+              std::tie(code, severity, origin, text));
+  };
   {
     RecordedErrors inner;
     raiseMathErrorCode(knotwork::kElementNotStored, 1, 2, "x");
-    ASSERT_EQ(inner.all().size(), 1u);
-    EXPECT_EQ(inner.all()[0].code, 0x4009u);
-    EXPECT_EQ(inner.all()[0].severity, kByMessage);
-    EXPECT_EQ(inner.all()[0].origin, 0xF000u);
-    EXPECT_EQ(inner.all()[0].text, "Can't change element (1,2) of x");
+    expectOne(inner, 0x4009, kByMessage, 0xF000, "Can't change element (1,2) of x");
   }
   raiseMathError(MathErrorRecord(0x4002, kFatal, 0x1234), 0.5, 1e100);
-  ASSERT_EQ(outer.all().size(), 1u);
-  EXPECT_EQ(outer.all()[0].severity, kFatal);
-  EXPECT_EQ(outer.all()[0].origin, 0x1234u);
-  EXPECT_EQ(outer.all()[0].text, "Constant reference was changed from 0.5 to 1e+100");
+  expectOne(outer, 0x4002, kFatal, 0x1234, "Constant reference was changed from 0.5 to 1e+100");
 }
 
 // The file has "code severity format" lines: what hosts may rely on.
@@ -87,16 +88,13 @@ TEST(MathMessages, KeepTheirCodesSeveritiesAndTexts) {
   std::ostringstream wanted;
   wanted << file.rdbuf();
   std::ostringstream out;
-  const auto list = [&](unsigned id, unsigned count) {
+  for (const auto& [id, count] : {std::pair{3u, 20u}, {4u, 26u}, {5u, 19u}}) {
     for (unsigned code = id << 12; code < (id << 12) + count; ++code) {
       const MathMessageEntry* entry = findMathMessage(static_cast<unsigned short>(code));
       ASSERT_NE(entry, nullptr);
       out << std::hex << code << ' ' << entry->defaultSeverity << ' ' << entry->format << '\n';
     }
-  };
-  list(3, 20);
-  list(4, 26);
-  list(5, 19);
+  }
   EXPECT_EQ(out.str(), wanted.str());
 }
 
@@ -129,12 +127,11 @@ template <class Init>
   new (place) Init;
   good &= registered() != nullptr;
   unregisterCatalogue(id);
-  new (place) Init;
+  new (place) Init;  // the second registers nothing
   good &= !registered();
   init->~Init();
   init->~Init();
-  new (place) Init;
-  new (place) Init;
+  for (int uses = 0; uses < 2; ++uses) new (place) Init;
   init->~Init();
   good &= registered() != nullptr;
   init->~Init();

@@ -44,13 +44,13 @@ TYPED_TEST(VectorPick, ChecksForDerivedClassesReportEveryBadIndex) {
   CheckedPick ofNone(none.vecPick(IntVec(1, 0)));
   RecordedErrors errors;
   checked.check(4);
-  const std::string name = std::string(TypeParam::className) + "Pick]: ";
-  EXPECT_EQ(errors.all().front().origin, checked.origin);
-  EXPECT_EQ(errors.takeTexts(), "[INDEX: " + name + "Index (-1) out of range [0->2]\n[INDEX: " +
-                                    name + "Index (3) out of range [0->2]\n");
   ofNone.check(2);
-  EXPECT_EQ(errors.takeTexts(), "[INDEX: " + name + "Index (0) out of range [0->4294967295]\n" +
-                                    "[VNMATCH: " + name + "Vector lengths do not match (1 vs 2)\n");
+  EXPECT_EQ(errors.all().front().origin, checked.origin);
+  EXPECT_EQ(errors.takeTexts(),
+            messages(checked.className, {{"INDEX", "Index (-1) out of range [0->2]"},
+                                         {"INDEX", "Index (3) out of range [0->2]"},
+                                         {"INDEX", "Index (0) out of range [0->4294967295]"},
+                                         {"VNMATCH", lengthsDiffer(1, 2)}}));
 }
 
 }  // namespace

@@ -42,44 +42,38 @@ TEST(DoubleText, IsWrittenWithTheStreamsOwnSettings) {
   out << std::setprecision(3) << std::fixed << DoubleVec(2, 1.0 / 3) << ' ' << std::setw(4)
       << DoubleVec(1, 2.0);
   EXPECT_EQ(out.str(), "[ 0.333 0.333 ]   [ 2.000 ]");  // a width goes to the bracket
-  std::istringstream in(textOf(DoubleVec(1, 0.1)));
+  std::istringstream in("[0.1 -2e-3]");
   DoubleVec v;
   in >> v;
-  EXPECT_TRUE(holds(v, {0.1}));
+  EXPECT_TRUE(holds(v, {0.1, -2e-3}));
 }
-
-// Text, what a vector (7 7 7) holds after reading it, the state of the stream, what is left there.
-struct Reading {
-  const char* text;
-  std::vector<int> elements;
-  std::ios::iostate state;
-  const char* rest;
-};
-
-constexpr auto kGood = std::ios::goodbit, kFail = std::ios::failbit;
-constexpr auto kEnd = std::ios::eofbit | std::ios::failbit;
 
 TYPED_TEST(VectorText, ReadsBracketedAndBareFormsAndLeavesTheStreamAsTold) {
   using T = typename TypeParam::value_type;
-  const Reading readings[] = {
+  constexpr auto kGood = std::ios::goodbit, kFail = std::ios::failbit;
+  constexpr auto kEnd = std::ios::eofbit | std::ios::failbit;
+  // What a vector (7 7 7) holds after reading the text, the stream's state, what is left there.
+  const struct {
+    const char* text;
+    std::vector<int> elements;
+    std::ios::iostate state;
+    std::string rest;
+  } readings[] = {
       {"[]x", {}, kGood, "x"},
       {" \n[ ] 5", {}, kGood, " 5"},
       {"[1 2 3]4", {1, 2, 3}, kGood, "4"},
       {"[\n1 2\t-3\n4 ]", {1, 2, -3, 4}, kGood, ""},
       {"[1 2", {1, 2}, kEnd, ""},
-      {"[1 2 ", {1, 2}, kEnd, ""},
       {"[1 x 3]", {1}, kFail, "x 3]"},
       {"[1 2,3]", {1, 2}, kFail, ",3]"},
       {"[[1]]", {}, kFail, "[1]]"},
       {"[", {}, kEnd, ""},
-      {"", {}, kEnd, ""},
       {"  ", {}, kEnd, ""},
       {"  1 2 3", {1, 2, 3}, kEnd, ""},
       {"1 2]", {1, 2}, kFail, "]"},
       {"x", {}, kFail, "x"},
-      {"[1 99999999999999999999999e999 2]", {1}, kFail, nullptr},
   };
-  for (const Reading& reading : readings) {
+  for (const auto& reading : readings) {
     SCOPED_TRACE(reading.text);
     std::istringstream in(reading.text);
     TypeParam v(3, 7);
@@ -87,14 +81,13 @@ TYPED_TEST(VectorText, ReadsBracketedAndBareFormsAndLeavesTheStreamAsTold) {
     EXPECT_EQ(in.rdstate(), reading.state);
     EXPECT_TRUE(holds(v, std::vector<T>(reading.elements.begin(), reading.elements.end())));
     in.clear();
-    std::string rest(std::istreambuf_iterator<char>(in), {});
-    if (reading.rest != nullptr) {
-      EXPECT_EQ(rest, reading.rest);
-    }
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(in), {}), reading.rest);
   }
-  std::istringstream failed("[1]");
-  failed.setstate(std::ios::failbit);
+  std::istringstream tooLarge("[1 99999999999999999999999e999 2]"), failed("[1]");
   TypeParam v(3, 7);
+  tooLarge >> v;
+  EXPECT_TRUE(tooLarge.fail() && holds(v, {1}));
+  failed.setstate(std::ios::failbit);
   failed >> v;
   EXPECT_EQ(v.length(), 0u);
 }
@@ -114,27 +107,20 @@ TYPED_TEST(VectorText, WritesIntoSharedElementsUntilTheyAreTooFew) {
   EXPECT_EQ(v(0), 8);
 }
 
-// A source of "1 1 1 ..." that notes how long the vector is at every character.
+// A source of text that notes how long the vector is at every character.
 template <class Vec>
-class WatchingBuffer : public std::stringbuf {
- public:
-  WatchingBuffer(const Vec& v, const std::string& text) : v_(v), text_(text) {}
-  std::vector<unsigned> lengths;
-
- protected:
+struct WatchingBuffer : std::streambuf {
+  WatchingBuffer(const Vec& v, std::string all) : vector(v), text(std::move(all)) {}
   int_type underflow() override {
-    if (lengths.empty() || lengths.back() != v_.length()) lengths.push_back(v_.length());
-    if (next_ == text_.size()) return traits_type::eof();
-    current_ = text_[next_++];
-    setg(&current_, &current_, &current_ + 1);
-    return traits_type::to_int_type(current_);
+    if (lengths.empty() || lengths.back() != vector.length()) lengths.push_back(vector.length());
+    if (next == text.size()) return traits_type::eof();
+    setg(&text[next], &text[next], &text[next] + 1);
+    return traits_type::to_int_type(text[next++]);
   }
-
- private:
-  const Vec& v_;
-  const std::string text_;
-  std::size_t next_ = 0;
-  char current_ = 0;
+  const Vec& vector;
+  std::string text;
+  std::size_t next = 0;
+  std::vector<unsigned> lengths;
 };
 
 TYPED_TEST(VectorText, GrowsBy128WhileReading) {

@@ -10,7 +10,9 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "knotwork/vector/double_vec.h"
@@ -80,6 +82,18 @@ testing::AssertionResult holds(const Vec& v, const std::vector<T>& expected) {
     return testing::AssertionFailure() << "[" << i << "] is " << +v(i) << ", not " << +wanted;
   }
   return testing::AssertionSuccess();
+}
+
+// Reports of class `name`, each a tag and a text, one a line.
+inline std::string messages(const std::string& name,
+                            const std::vector<std::pair<std::string, std::string>>& reports) {
+  std::string all;
+  for (const auto& [tag, text] : reports) all += "[" + tag + ": " + name + "]: " + text + "\n";
+  return all;
+}
+inline std::string lengthsDiffer(std::size_t left, std::size_t right) {
+  return "Vector lengths do not match (" + std::to_string(left) + " vs " + std::to_string(right) +
+         ")";
 }
 
 template <class Vec, class T = typename Vec::value_type>
