@@ -12,6 +12,8 @@ namespace linpack = knotwork::linpack;
 
 DoubleChDecomp::DoubleChDecomp() = default;
 DoubleChDecomp::DoubleChDecomp(const DoubleGenMat& A) { factor(A); }
+DoubleChDecomp::DoubleChDecomp(const DoubleChDecomp& other) = default;
+DoubleChDecomp& DoubleChDecomp::operator=(const DoubleChDecomp& other) = default;
 
 void DoubleChDecomp::factor(const DoubleGenMat& A) {
   factor_.reference(A.deepCopy());
@@ -52,11 +54,17 @@ int DoubleChDecomp::setPivoting(int column, int position) {
   return std::exchange(pivots_(column), position);
 }
 
+IntVec DoubleChDecomp::pivots() const { return pivots_; }
+bool DoubleChDecomp::isPD() const { return positive_ == static_cast<int>(rows()); }
+int DoubleChDecomp::lastPosFactor() const { return positive_ - 1; }
+
 bool DoubleChDecomp::fail() const {
   for (int i = std::max(positive_ - 1, 0); i < static_cast<int>(order()); ++i)
     if (factor_(i, i) < 0.0) return true;
   return false;
 }
+
+bool DoubleChDecomp::good() const { return !fail(); }
 
 double DoubleChDecomp::condition() const {
   if (!pivoting_) {

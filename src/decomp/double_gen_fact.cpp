@@ -10,7 +10,11 @@
 namespace detail = knotwork::detail;
 namespace linpack = knotwork::linpack;
 
+const char DoubleGenFact::className[] = "DoubleGenFact";
+
 DoubleGenFact::DoubleGenFact() = default;
+DoubleGenFact::DoubleGenFact(const DoubleGenFact& other) = default;
+DoubleGenFact& DoubleGenFact::operator=(const DoubleGenFact& other) = default;
 DoubleGenFact::DoubleGenFact(const DoubleGenMat& A, int estimateCondition) {
   factor(A, estimateCondition);
 }
@@ -40,6 +44,10 @@ void DoubleGenFact::dofactor(int estimateCondition) {
   else if (linpack::dgefa(factors_.data(), lda, n, pivots_.data()) > 0)
     condition_ = 0.0;
 }
+
+bool DoubleGenFact::isSingular() const { return 1.0 + condition_ == 1.0; }
+bool DoubleGenFact::fail() const { return order() == 0 || isSingular(); }
+bool DoubleGenFact::good() const { return !fail(); }
 
 double DoubleGenFact::condition() const {
   if (condition_ < 0.0) raiseMathErrorCode(knotwork::kNoConditionNumber);
@@ -87,8 +95,8 @@ DoubleGenMat DoubleGenFact::inverse() const {
 void DoubleGenFact::calldi(const DoubleGenMat& a, int job, double* det, int*) const {
   DoubleGenMat work(a);  // a view
   DoubleVec scratch(order());
-  if (a.rows() != rows() || a.cols() != cols() || scratch.length() != order() || !pivotsAreRows())
-    return;
+  const bool fits = a.rows() == rows() && a.cols() == cols() && a.dataVec().stride() == 1;
+  if (!fits || scratch.length() != order() || !pivotsAreRows()) return;
   linpack::dgedi(work.data(), static_cast<int>(rows()), static_cast<int>(order()), pivots_.data(),
                  det, scratch.data(), static_cast<linpack::GediJob>(job));
 }

@@ -12,11 +12,14 @@ DoubleLeastSqCh::DoubleLeastSqCh() = default;
 DoubleLeastSqCh::DoubleLeastSqCh(const DoubleGenMat& A) { factor(A); }
 
 void DoubleLeastSqCh::factor(const DoubleGenMat& A) {
-  DoubleChDecomp::factor(transposeProduct(A, A));
-  data_.reference(A.deepCopy());
+  data_.reference(A.deepCopy());  // first, as A may be the factor itself
+  DoubleChDecomp::factor(transposeProduct(data_, data_));
 }
 
 double DoubleLeastSqCh::setTolerance(double t) { return std::exchange(tolerance_, t); }
+
+unsigned DoubleLeastSqCh::numEquations() const { return data_.rows(); }
+bool DoubleLeastSqCh::isUnderDetermined() const { return numFreeCols() != 0; }
 
 unsigned DoubleLeastSqCh::numFreeCols() const {
   int bound = std::clamp(positive_, 0, static_cast<int>(order()));

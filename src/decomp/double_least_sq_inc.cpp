@@ -42,6 +42,9 @@ bool DoubleLeastSqInc::isUnderDetermined() const {
   return false;
 }
 
+bool DoubleLeastSqInc::fail() const { return isUnderDetermined(); }
+bool DoubleLeastSqInc::good() const { return !fail(); }
+
 DoubleVec DoubleLeastSqInc::solve(int j) const {
   if (order() == 0 || isUnderDetermined()) raiseMathErrorCode(knotwork::kNotFactored);
   if (!checkData(j) || static_cast<unsigned>(j) >= data_.cols()) return DoubleVec();

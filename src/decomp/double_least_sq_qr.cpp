@@ -19,6 +19,9 @@ void DoubleLeastSqQR::factor(const DoubleGenMat& A) {
 
 double DoubleLeastSqQR::setTolerance(double t) { return std::exchange(tolerance_, t); }
 
+unsigned DoubleLeastSqQR::numEquations() const { return rows(); }
+bool DoubleLeastSqQR::isUnderDetermined() const { return numFreeCols() != 0; }
+
 unsigned DoubleLeastSqQR::numFreeCols() const {
   unsigned bound = std::min(rows(), cols());
   const auto isSmall = [this](unsigned i) {

@@ -13,6 +13,8 @@ using linpack::QrslJob;
 
 DoubleQRDecomp::DoubleQRDecomp() = default;
 DoubleQRDecomp::DoubleQRDecomp(const DoubleGenMat& A) { DoubleQRDecomp::factor(A); }
+DoubleQRDecomp::DoubleQRDecomp(const DoubleQRDecomp& other) = default;
+DoubleQRDecomp& DoubleQRDecomp::operator=(const DoubleQRDecomp& other) = default;
 
 void DoubleQRDecomp::factor(const DoubleGenMat& A) {
   // The old factors go first, so that there are never two matrices besides A.
@@ -46,12 +48,16 @@ void DoubleQRDecomp::dofactor() {
 
 int DoubleQRDecomp::doPivoting(int on) { return std::exchange(pivoting_, on); }
 
+IntVec DoubleQRDecomp::pivots() const { return pivots_; }
+
 unsigned DoubleQRDecomp::rank() const {
   const int order = static_cast<int>(std::min(rows(), cols()));
   int zeros = 0;
   for (int i = 0; i < order; ++i) zeros += factors_(i, i) == 0.0;
   return static_cast<unsigned>(order - zeros);
 }
+
+bool DoubleQRDecomp::isSingular() const { return rank() != rows() && rank() != cols(); }
 
 // Q'y, where it is needed on the way to something else, stands in the place of that result.
 DoubleVec DoubleQRDecomp::apply(const DoubleVec& y, int k, QrslJob job) const {

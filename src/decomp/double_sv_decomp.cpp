@@ -24,6 +24,16 @@ bool resized(DoubleVec& v, unsigned n) {
 
 DoubleSVDecomp::DoubleSVDecomp() = default;
 DoubleSVDecomp::DoubleSVDecomp(const DoubleGenMat& A) { factor(A); }
+DoubleSVDecomp::DoubleSVDecomp(const DoubleSVDecomp& other) = default;
+DoubleSVDecomp& DoubleSVDecomp::operator=(const DoubleSVDecomp& other) = default;
+
+DoubleVec DoubleSVDecomp::singularValues() const { return values_; }
+DoubleVec DoubleSVDecomp::eValues() const { return superdiagonal_; }
+DoubleGenMat DoubleSVDecomp::leftVecs() const { return left_; }
+DoubleGenMat DoubleSVDecomp::rightVecs() const { return right_; }
+int DoubleSVDecomp::numSVsFound() const { return static_cast<int>(values_.length()) - status_; }
+bool DoubleSVDecomp::fail() const { return values_.length() == 0 || status_ != 0; }
+bool DoubleSVDecomp::good() const { return !fail(); }
 
 void DoubleSVDecomp::factor(const DoubleGenMat& A) {
   const unsigned rows = A.rows();

@@ -31,12 +31,9 @@ double useEverything(const DoubleGenMat& a) {
     DoubleLeastSqQR qr;
     qr.doPivoting(option);
     for (int i = 0; i < 2; ++i) qr.factor(a);
-    for (const int k : {-1, 0, 1, 1000}) {
-      add(qr.partialSolve(b, k));
-      add(qr.computeQy(x, k));
-      add(qr.computeQTy(b, k));
-      add(qr.computeXb(b, k));
-    }
+    for (const int k : {-1, 0, 1, 1000})
+      for (const DoubleVec& v : {qr.partialSolve(b, k), qr.computeQy(x, k), qr.computeXb(b, k)})
+        add(v);
     qr.setTolerance(0.5);
     add(qr.solve(b));
     add(qr.residual(x));
@@ -81,15 +78,9 @@ double useEverything(const DoubleGenMat& a) {
 std::vector<DoubleGenMat> hostileMatrices() {
   const double numbers[] = {std::nan(""), HUGE_VAL, -HUGE_VAL, 0.0, 1e-310, 1e308};
   std::vector<DoubleGenMat> all;
-  for (const auto& [rows, cols] : {std::pair{0u, 0u},
-                                   {0u, 3u},
-                                   {3u, 0u},
-                                   {1u, 1u},
-                                   {1u, 4u},
-                                   {4u, 1u},
-                                   {3u, 5u},
-                                   {5u, 3u},
-                                   {10u, 10u}}) {
+  const std::pair<unsigned, unsigned> shapes[] = {{0, 0}, {0, 3}, {3, 0}, {1, 1},  {1, 4},
+                                                  {4, 1}, {3, 5}, {5, 3}, {10, 10}};
+  for (const auto& [rows, cols] : shapes) {
     all.push_back(Random(61).matrix(rows, cols));
     for (const double number : numbers) {
       all.push_back(DoubleGenMat(rows, cols, number));
@@ -104,7 +95,9 @@ std::vector<DoubleGenMat> hostileMatrices() {
 TEST(Decompositions, EndOnEveryHostileMatrixWithoutLeavingTheirStorage) {
   RecordedErrors errors;
   for (const DoubleGenMat& a : hostileMatrices()) {
+    const DoubleGenMat before = a.copy();
     useEverything(a);
+    EXPECT_TRUE(a == before || std::isnan(norm(a)));  // never changed
     const DoubleGenMat backwards(reverse(a.dataVec()), a.rows(), a.cols());
     useEverything(backwards);
     // a matrix whose vector is too short for its dimensions
@@ -113,27 +106,15 @@ TEST(Decompositions, EndOnEveryHostileMatrixWithoutLeavingTheirStorage) {
   EXPECT_FALSE(errors.all().empty());
 }
 
-TEST(Decompositions, NeverChangeTheMatrixTheyAreGiven) {
-  RecordedErrors errors;
-  const DoubleGenMat a = Random(63).matrix(6, 6), before = a.copy();
-  useEverything(a);
-  EXPECT_TRUE(a == before);
-}
-
-DoubleGenMat gramMatrix(unsigned n) {
-  const DoubleGenMat m = Random(n).matrix(2 * n, n);
-  return transposeProduct(m, m);
-}
-
 /// Assigns a larger and a smaller decomposition to one another and uses both.
 template <class Decomposition, class Use>
 void crossAssign(Use use) {
-  Decomposition small(gramMatrix(2)), large(gramMatrix(7)), empty;
+  Decomposition small(identity(2)), large(hilbert(7)), empty;
   small = large;
   use(small, 2);
   empty = large;
   use(empty, 0);
-  large = Decomposition(gramMatrix(2));
+  large = Decomposition(identity(2));
   use(large, 7);
 }
 
@@ -162,9 +143,7 @@ TEST(Decompositions, StayInTheirStorageAfterAssignmentBetweenSizes) {
 }
 
 TEST(Decompositions, SurviveTheFailureOfEveryAllocation) {
-  const long before = newCalls();
-  const DoubleVec probe(10);
-  if (newCalls() == before) GTEST_SKIP() << "operator new is the library's own here";
+  if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own here";
   static int outOfMemory;  // a handler that allocates nothing
   const auto handler = [](MathErrorRecord record, va_list) {
     outOfMemory += record.code == knotwork::kOutOfMemory;

@@ -126,6 +126,15 @@ inline std::vector<TestMatrix> allShapesAndSpectra() {
   return all;
 }
 
+/// A new decomposition of a, with pivoting or without.
+template <class Decomposition>
+Decomposition factored(const DoubleGenMat& a, int pivoting) {
+  Decomposition decomposition;
+  decomposition.doPivoting(pivoting);
+  decomposition.factor(a);
+  return decomposition;
+}
+
 /// ||Q'Q - I|| in units of eps for each column.
 inline double lossOfOrthogonality(const DoubleGenMat& Q) {
   return norm(transposeProduct(Q, Q) - identity(Q.cols())) / (kEps * std::max(Q.cols(), 1u));

@@ -15,6 +15,12 @@ inline Values valuesOf(const DoubleVec& v) {
   return values;
 }
 
+inline Values valuesOf(const IntVec& v) {
+  Values values;
+  for (int i = 0; i < static_cast<int>(v.length()); ++i) values.push_back(v(i));
+  return values;
+}
+
 inline DoubleVec vectorOf(const Values& values) {
   return DoubleVec(values.data(), static_cast<unsigned>(values.size()));
 }

@@ -9,9 +9,8 @@
 /// is read: R upper triangular, P a permutation, or the identity with pivoting off.
 ///
 /// A matrix that is not positive definite is no error: the number of positive pivots, k, tells how
-/// far the factorisation went. Copy construction shares factor and pivots; assignment copies each
-/// into the existing elements and reports where dimensions or lengths differ (0x4004, 0x300F). When
-/// memory for a factorisation cannot be had, 0x3008 is reported and the factor is 0 x 0.
+/// far the factorisation went. When memory for a factorisation cannot be had, 0x3008 is reported
+/// and the factor is 0 x 0.
 ///
 /// Source: LINPACK Users' Guide (1979), ch. 8 and 10: DCHDC, DPOSL, DCHEX, DCHUD and DCHDD.
 class KNOTWORK_API DoubleChDecomp {
@@ -23,6 +22,13 @@ class KNOTWORK_API DoubleChDecomp {
   DoubleChDecomp();
   /// The same, then `factor(A)`.
   explicit DoubleChDecomp(const DoubleGenMat& A);
+  /// Shares factor and pivots: shifts, updates and downdates write through to the other object, and
+  /// so do the pivots of a later factorisation of the same order, which takes storage of its own
+  /// for the factor alone.
+  DoubleChDecomp(const DoubleChDecomp& other);
+  /// Copies factor and pivots into the elements that are there, and k and the pivoting flag.
+  /// Reports 0x4004 where dimensions, 0x300F where lengths differ.
+  DoubleChDecomp& operator=(const DoubleChDecomp& other);
 
   /// Factors a copy of A, up to the first pivot that is not positive. What is below the diagonal
   /// stays in the factor; so does, from the k-th place on, the part that could not be factored.
@@ -52,15 +58,15 @@ class KNOTWORK_API DoubleChDecomp {
   const DoubleGenMat& factors() const { return factor_; }
   /// @return view on the pivots: entry i is the column of A, from 0, in place i of P'A P; before a
   /// factorisation the constraints.
-  IntVec pivots() const { return pivots_; }
+  IntVec pivots() const;
   /// @return whether k is the number of rows.
-  bool isPD() const { return positive_ == static_cast<int>(rows()); }
+  bool isPD() const;
   /// @return k - 1, the last place with a positive pivot; -2 before any factorisation.
-  int lastPosFactor() const { return positive_ - 1; }
+  int lastPosFactor() const;
   /// @return whether some diagonal element of the factor from place k - 1 on is negative.
   bool fail() const;
   /// @return the negation of `fail`.
-  bool good() const { return !fail(); }
+  bool good() const;
   /// @return (R(n-1, n-1) / R(0, 0))^2, n = cols, if all pivots but the last are positive, so
   /// R(n-1, n-1) is what the factorisation stopped at; otherwise 0, for a positive definite matrix
   /// too. Reports 0x5001, a warning, with pivoting off and returns -1.

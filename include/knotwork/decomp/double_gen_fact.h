@@ -8,17 +8,24 @@
 /// P A = L U for a square matrix A, with an estimate of the reciprocal condition if wanted.
 ///
 /// A singular matrix is no error when it is factored: `isSingular` tells it, and `solve` and
-/// `inverse` report it. Copy construction shares factors and pivots; assignment copies each into
-/// the existing elements and reports where dimensions or lengths differ (0x4004, 0x300F). When
-/// memory for a factorisation cannot be had, 0x3008 is reported and the object is 0 x 0.
+/// `inverse` report it. When memory for a factorisation cannot be had, 0x3008 is reported and the
+/// object is 0 x 0.
 ///
 /// Source: LINPACK Users' Guide (1979), ch. 1: DGEFA, DGECO, DGESL and DGEDI.
 class KNOTWORK_API DoubleGenFact {
  public:
+  /// The name of the class.
+  static const char className[];
+
   /// 0 x 0, condition not calculated.
   DoubleGenFact();
   /// `factor(A, estimateCondition)`.
   explicit DoubleGenFact(const DoubleGenMat& A, int estimateCondition = 1);
+  /// Shares factors and pivots. A later factorisation of either object takes storage of its own.
+  DoubleGenFact(const DoubleGenFact& other);
+  /// Copies factors and pivots into the elements that are there, and the reciprocal condition.
+  /// Reports 0x4004 where dimensions, 0x300F where lengths differ.
+  DoubleGenFact& operator=(const DoubleGenFact& other);
 
   /// Factors a copy of A. Reports 0x500D if A is not square; should the handler return, the leading
   /// square block of order min(rows, cols) is factored.
@@ -38,11 +45,11 @@ class KNOTWORK_API DoubleGenFact {
   IntVec pivots() const { return pivots_; }
 
   /// @return whether 1 plus the reciprocal condition is 1.
-  bool isSingular() const { return 1.0 + condition_ == 1.0; }
+  bool isSingular() const;
   /// @return whether the factorisation is 0 x 0 or singular.
-  bool fail() const { return order() == 0 || isSingular(); }
+  bool fail() const;
   /// @return the negation of `fail`.
-  bool good() const { return !fail(); }
+  bool good() const;
   /// @return estimate of 1 / (||A|| ||A^-1||), 1-norm, from 0 to 1; without the estimate 0 for a
   /// zero pivot, and -1 otherwise. Reports 0x5001, a warning, for a negative one.
   double condition() const;
@@ -65,6 +72,7 @@ class KNOTWORK_API DoubleGenFact {
   /// Factors the matrix that stands in place of the factors.
   void dofactor(int estimateCondition);
   /// DGEDI with this object's pivots on the elements of a, which is written through.
+  /// Does nothing to a matrix of other dimensions or with a stride.
   ///
   /// @param job  10 determinant, 1 inverse in place of a, 11 both.
   /// @param det  mantissa, 1 <= |det[0]| < 10 or 0, and exponent; the last argument is not used.

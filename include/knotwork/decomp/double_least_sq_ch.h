@@ -22,12 +22,12 @@ class KNOTWORK_API DoubleLeastSqCh : public DoubleChDecomp {
   /// tolerance before.
   double setTolerance(double t);
   /// @return number of equations, the rows of A.
-  unsigned numEquations() const { return data_.rows(); }
+  unsigned numEquations() const;
   /// @return number of free unknowns: the order less the places up to the last positive pivot that
   /// is beyond the tolerance.
   unsigned numFreeCols() const;
   /// @return whether there are free unknowns.
-  bool isUnderDetermined() const { return numFreeCols() != 0; }
+  bool isUnderDetermined() const;
 
   /// @param b  right-hand side, as long as there are equations, any stride.
   /// @return   new vector of length cols, in the column order of A; empty if cols is 0.

@@ -32,14 +32,13 @@ class KNOTWORK_API DoubleLeastSqInc : public DoubleChDecomp {
   /// @return whether a diagonal element of R is exactly 0.
   bool isUnderDetermined() const;
   /// @return `isUnderDetermined()`.
-  bool fail() const { return isUnderDetermined(); }
+  bool fail() const;
   /// @return the negation of `fail`.
-  bool good() const { return !fail(); }
+  bool good() const;
   /// Solution for right-hand side j.
   ///
   /// @return  new vector of length n; the transformed data where R has a zero on its diagonal;
-  /// empty
-  ///          if there is no such j.
+  ///          empty if there is no such j.
   /// Reports  0x5011 if n is 0 or the system underdetermined; 0x500B unless 0 <= j < d; 0x5011 once
   ///          more where a zero on the diagonal is met.
   DoubleVec solve(int j) const;

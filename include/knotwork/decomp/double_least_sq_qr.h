@@ -23,12 +23,12 @@ class KNOTWORK_API DoubleLeastSqQR : public DoubleQRDecomp {
   /// before.
   double setTolerance(double t);
   /// @return number of equations, rows.
-  unsigned numEquations() const { return rows(); }
+  unsigned numEquations() const;
   /// @return number of free unknowns: those in excess of the rows, and the run of diagonal elements
   /// of R at its end whose size is at most the tolerance (a NaN is not).
   unsigned numFreeCols() const;
   /// @return whether there are free unknowns.
-  bool isUnderDetermined() const { return numFreeCols() != 0; }
+  bool isUnderDetermined() const;
 
   /// @param b  right-hand side, length rows, any stride.
   /// @return   new vector of length cols, in the column order of A.

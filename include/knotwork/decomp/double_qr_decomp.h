@@ -12,9 +12,8 @@ enum class QrslJob : int;
 /// A P = Q R for a rows x cols matrix A: Q orthogonal, R upper triangular (trapezoidal where
 /// rows < cols), P a permutation of the columns, or the identity with pivoting off.
 ///
-/// Copy construction shares factors, pivots and auxiliary vector; assignment copies each into the
-/// existing elements and reports where dimensions or lengths differ (0x4004, 0x300F). When memory
-/// for a factorisation cannot be had, 0x3008 is reported and the decomposition is 0 x 0.
+/// When memory for a factorisation cannot be had, 0x3008 is reported and the decomposition is 0 x
+/// 0.
 ///
 /// Source: LINPACK Users' Guide (1979), ch. 9: DQRDC and DQRSL.
 class KNOTWORK_API DoubleQRDecomp {
@@ -23,6 +22,13 @@ class KNOTWORK_API DoubleQRDecomp {
   DoubleQRDecomp();
   /// Pivoting on, then `factor(A)`.
   explicit DoubleQRDecomp(const DoubleGenMat& A);
+  /// Shares factors, pivots and auxiliary vector. A later factorisation of either object takes
+  /// storage of its own for the factors alone: with as many columns as before it writes through to
+  /// the pivots and the auxiliary vector of the other, so `deepenShallowCopy` comes first.
+  DoubleQRDecomp(const DoubleQRDecomp& other);
+  /// Copies each part into the elements that are there, and the pivoting flag. Reports 0x4004 where
+  /// dimensions, 0x300F where lengths differ.
+  DoubleQRDecomp& operator=(const DoubleQRDecomp& other);
 
   /// Factors a copy of A.
   ///
@@ -51,12 +57,12 @@ class KNOTWORK_API DoubleQRDecomp {
   /// below it; a copy of it is a view.
   const DoubleGenMat& factors() const { return factors_; }
   /// @return view on the pivots: entry i is the column of A, from 0, that is column i of A P.
-  IntVec pivots() const { return pivots_; }
+  IntVec pivots() const;
   /// @return min(rows, cols) less the number of diagonal elements of R that are exactly 0: a
   /// tolerance is not applied, and a NaN is not 0.
   unsigned rank() const;
   /// @return whether `rank()` is neither rows nor cols.
-  bool isSingular() const { return rank() != rows() && rank() != cols(); }
+  bool isSingular() const;
 
   /// In the next five, `k` columns of A P take part; below 0, above rows or above cols it means
   /// min(rows, cols). With k = 0 nothing is computed: no coefficients, y itself, a fit of zeros.

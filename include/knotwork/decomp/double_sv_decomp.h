@@ -7,9 +7,8 @@
 /// A = U S V' for a rows x cols matrix A: U and V orthogonal, S diagonal, its values decreasing and
 /// not negative. There is no tolerance and no rank decision: the values tell.
 ///
-/// Copy construction shares values and vectors; assignment copies each into the existing elements
-/// and reports where dimensions or lengths differ (0x4004, 0x300F). When memory for a decomposition
-/// cannot be had, 0x3008 is reported and there are no singular values.
+/// When memory for a decomposition cannot be had, 0x3008 is reported and there are no singular
+/// values.
 ///
 /// Source: LINPACK Users' Guide (1979), ch. 11: DSVDC, with the shift of 1984.
 class KNOTWORK_API DoubleSVDecomp {
@@ -18,6 +17,12 @@ class KNOTWORK_API DoubleSVDecomp {
   DoubleSVDecomp();
   /// All vectors on, then `factor(A)`.
   explicit DoubleSVDecomp(const DoubleGenMat& A);
+  /// Shares values and vectors; a later decomposition of the same size writes through to the other
+  /// object.
+  DoubleSVDecomp(const DoubleSVDecomp& other);
+  /// Copies values and vectors into the elements that are there, and status and switches. Reports
+  /// 0x4004 where dimensions, 0x300F where lengths differ.
+  DoubleSVDecomp& operator=(const DoubleSVDecomp& other);
 
   /// Decomposes A, which is left as it is. Values and the vectors that are switched on are
   /// overwritten: in the storage they have where their size stays, so views on them follow. Vectors
@@ -39,22 +44,22 @@ class KNOTWORK_API DoubleSVDecomp {
 
   /// @return view on the singular values, decreasing, length min(rows, cols). Only those from the
   /// status on are right.
-  DoubleVec singularValues() const { return values_; }
+  DoubleVec singularValues() const;
   /// @return view on the superdiagonal of the last bidiagonal matrix, length cols: zeros after
   /// convergence, save that for cols >= rows + 2 the last cols - rows - 1 entries are leftovers of
   /// the reduction.
-  DoubleVec eValues() const { return superdiagonal_; }
+  DoubleVec eValues() const;
   /// @return view on U, rows x rows or rows x min(rows, cols).
-  DoubleGenMat leftVecs() const { return left_; }
+  DoubleGenMat leftVecs() const;
   /// @return view on V, cols x cols.
-  DoubleGenMat rightVecs() const { return right_; }
+  DoubleGenMat rightVecs() const;
   /// @return number of values less the status: how many are right. With rows < cols the status can
   /// be rows + 1, and the result -1.
-  int numSVsFound() const { return static_cast<int>(values_.length()) - status_; }
+  int numSVsFound() const;
   /// @return whether there are values and all converged.
-  bool good() const { return !fail(); }
+  bool good() const;
   /// @return the negation of `good`.
-  bool fail() const { return values_.length() == 0 || status_ != 0; }
+  bool fail() const;
 
  protected:
   DoubleVec values_;

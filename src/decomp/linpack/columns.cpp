@@ -55,7 +55,7 @@ void addColumns(int q, int count, const double* t, const double* x, std::ptrdiff
 }
 
 void rotateSweep(int q, int count, const double* c, const double* s, double* x, std::ptrdiff_t ld) {
-  if (count > 0) kernels().rotateSweep(q, count, c, s, x, ld);
+  kernels().rotateSweep(q, count, c, s, x, ld);
 }
 
 }  // namespace knotwork::linpack

@@ -145,6 +145,7 @@ class Sweep {
   static constexpr int kMost = 64;
 
   void make() {
+    if (count_ == 0) return;
     rotateSweep(rows_, count_, c_, s_, matrix_.at(0, first_), matrix_.ld());
     first_ += count_;
     count_ = 0;

@@ -67,8 +67,7 @@ void dchud(double* r, int ldr, int p, const double* x, double* z, int ldz, int n
 
 /// Removes the row x again.
 /// @return 0; -1 if r cannot be downdated (nothing but s has changed); 1 if some residual norm
-/// cannot
-///         be: those are set to -1.
+///         cannot be: those are set to -1.
 int dchdd(double* r, int ldr, int p, const double* x, double* z, int ldz, int nz, const double* y,
           double* rho, double* c, double* s);
 
