@@ -50,7 +50,7 @@ TEST(ChDecomp, ReproducesEverySpectrumFromTheUpperTriangleAlone) {
   }
 }
 
-/// The factorisation as it is told: one row after the other, each taken from all that is below.
+/// The factorisation as published: one row after the other, each taken from all that is below.
 int factorRowByRow(DoubleGenMat& a, int pivoting) {
   const int n = static_cast<int>(a.cols());
   for (int k = 0; k < n; ++k) {

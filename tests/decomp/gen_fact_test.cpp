@@ -31,7 +31,7 @@ TEST(GenFact, SolvesAndInvertsEverySpectrum) {
   }
 }
 
-/// The elimination as it is told, one step after the other.
+/// The elimination as published, one step after the other.
 void eliminateStepByStep(DoubleGenMat& a) {
   const int n = static_cast<int>(a.rows());
   for (int k = 0; k < n - 1; ++k) {
@@ -61,8 +61,8 @@ TEST(GenFact, PanelsOfColumnsGiveTheBitsOfOneStepAfterTheOther) {
       eliminateStepByStep(want);
       const DoubleGenFact lu(a, 0);
       for (int i = 0; i < static_cast<int>(n * n); ++i) {
-        const double got = lu.factors().dataVec()(i), told = want.dataVec()(i);
-        ASSERT_TRUE(got == told || (std::isnan(got) && std::isnan(told))) << n << ' ' << i;
+        const double got = lu.factors().dataVec()(i), wanted = want.dataVec()(i);
+        ASSERT_TRUE(got == wanted || (std::isnan(got) && std::isnan(wanted))) << n << ' ' << i;
       }
     }
   }
