@@ -82,9 +82,10 @@ void DoubleChDecomp::checkRowChange(const DoubleVec& x, const DoubleGenMat* Z, c
   checkRotations(s, order());
   for (const DoubleVec* v : {&x, y, rho, c, s})
     if (v != nullptr && v->stride() != 1) raiseMathErrorCode(knotwork::kPointerStrideNotOne);
-  for (const DoubleVec* v : {y, rho})
+  for (const DoubleVec* v : {y, rho}) {
     if (const unsigned length = v ? v->length() : 0; length != columns)
       raiseMathErrorCode(knotwork::kResidualCountWrong, length, columns);
+  }
   x.lengthCheck(order());
 }
 
@@ -107,10 +108,11 @@ int DoubleChDecomp::changeRow(bool adding, const DoubleVec& x, DoubleGenMat* Z, 
                    cosines.data(), sines.data());
   };
   int info = 0;
-  if (adding)
+  if (adding) {
     call(linpack::dchud);
-  else
+  } else {
     info = call(linpack::dchdd);
+  }
   data.store();
   norms.store();
   cosines.store();

@@ -23,9 +23,10 @@ void DoubleChDecomp::factor(const DoubleGenMat& A) {
 unsigned DoubleChDecomp::order() const { return std::min(rows(), cols()); }
 
 void DoubleChDecomp::dofactor() {
-  if (rows() < cols())
+  if (rows() < cols()) {
     raiseMathErrorCode(knotwork::kFewerRowsThanColumns, static_cast<int>(rows()),
                        static_cast<int>(cols()));
+  }
   if (pivoting_) pivots_.resize(cols());
   const unsigned scratch = linpack::kChdcWork * order();
   DoubleVec work(scratch);

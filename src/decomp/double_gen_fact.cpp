@@ -39,10 +39,11 @@ void DoubleGenFact::dofactor(int estimateCondition) {
 
   const int n = static_cast<int>(order());
   const int lda = static_cast<int>(rows());
-  if (estimateCondition)
+  if (estimateCondition) {
     condition_ = linpack::dgeco(factors_.data(), lda, n, pivots_.data(), work.data());
-  else if (linpack::dgefa(factors_.data(), lda, n, pivots_.data()) > 0)
+  } else if (linpack::dgefa(factors_.data(), lda, n, pivots_.data()) > 0) {
     condition_ = 0.0;
+  }
 }
 
 bool DoubleGenFact::isSingular() const { return 1.0 + condition_ == 1.0; }
@@ -71,9 +72,10 @@ DoubleVec DoubleGenFact::solve(const DoubleVec& b) const {
   if (b.length() != order()) return DoubleVec();
   checkFactored();
   DoubleVec x = b.deepCopy();
-  if (x.length() == order() && pivotsAreRows())
+  if (x.length() == order() && pivotsAreRows()) {
     linpack::dgesl(factors_.data(), static_cast<int>(rows()), static_cast<int>(order()),
                    pivots_.data(), x.data());
+  }
   return x;
 }
 

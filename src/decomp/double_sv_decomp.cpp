@@ -49,12 +49,13 @@ void DoubleSVDecomp::factor(const DoubleGenMat& A) {
     DoubleGenMat copy = A.deepCopy();
     DoubleVec work(rows);
     ready = ready && copy.rows() == rows && copy.cols() == cols && work.length() == rows;
-    if (ready)
+    if (ready) {
       status_ = linpack::dsvdc(copy.data(), static_cast<int>(rows), static_cast<int>(rows),
                                static_cast<int>(cols), values_.data(), superdiagonal_.data(),
                                left_.data(), static_cast<int>(left_.rows()), right_.data(),
                                static_cast<int>(right_.rows()), work.data(),
                                static_cast<linpack::SvdcJob>(job_));
+    }
   }
   values_.resize(count);
   if (!ready) values_.reference(DoubleVec());

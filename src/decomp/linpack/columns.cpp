@@ -47,10 +47,11 @@ void addColumns(int q, int count, const double* t, const double* x, std::ptrdiff
   for (; count > 0; count -= kGroup, t += kGroup, x += kGroup * ld) {
     const int columns = std::min(count, kGroup);
     const bool anyZero = std::find(t, t + columns, 0.0) != t + columns;
-    if (columns == kGroup && !anyZero)
+    if (columns == kGroup && !anyZero) {
       set.addGroup(q, t, x, ld, y);
-    else
+    } else {
       for (int j = 0; j < columns; ++j) blas1::daxpy(q, t[j], x + j * ld, y);
+    }
   }
 }
 

@@ -87,15 +87,15 @@ void addGroup(int q, const double* t, const double* x, std::ptrdiff_t ld, double
 template <int registers>
 void rotateRows(int count, const double* c, const double* s, double* x, std::ptrdiff_t ld) {
   Lanes shared[registers];
-  for (int r = 0; r < registers; ++r) shared[r] = load(x + r * kLanes);
+  for (std::ptrdiff_t r = 0; r < registers; ++r) shared[r] = load(x + r * kLanes);
   for (int k = 0; k < count; ++k, x += ld) {
-    for (int r = 0; r < registers; ++r) {
+    for (std::ptrdiff_t r = 0; r < registers; ++r) {
       const Lanes right = load(x + ld + r * kLanes);
       store(x + r * kLanes, c[k] * shared[r] + s[k] * right);
       shared[r] = c[k] * right - s[k] * shared[r];
     }
   }
-  for (int r = 0; r < registers; ++r) store(x + r * kLanes, shared[r]);
+  for (std::ptrdiff_t r = 0; r < registers; ++r) store(x + r * kLanes, shared[r]);
 }
 
 void rotateSweep(int q, int count, const double* c, const double* s, double* x, std::ptrdiff_t ld) {

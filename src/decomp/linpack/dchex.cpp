@@ -46,9 +46,10 @@ void Shift::right() {
   }
   R(first, first) = length;
 
-  for (int j = first + 1; j < p; ++j)
+  for (int j = first + 1; j < p; ++j) {
     for (int ii = std::max(0, last - j); ii < last - first; ++ii)
       rotatePair(R.at(last - ii - 1, j), c[ii], s[ii]);
+  }
   for (int j = 0; j < nz; ++j)
     for (int ii = 0; ii < last - first; ++ii) rotatePair(Z.at(last - ii - 1, j), c[ii], s[ii]);
 }
@@ -80,10 +81,11 @@ void Shift::left() {
 void dchex(double* r, int ldr, int p, int k, int l, double* z, int ldz, int nz, double* c,
            double* s, ChexJob job) {
   Shift shift{Columns(r, ldr), p, k - 1, l - 1, Columns(z, ldz), nz, c, s};
-  if (job == ChexJob::kLeftShift)
+  if (job == ChexJob::kLeftShift) {
     shift.left();
-  else
+  } else {
     shift.right();
+  }
 }
 
 }  // namespace knotwork::linpack
