@@ -5,18 +5,29 @@ set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
-set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+if(NOT WIN32)  # where it would drop the exported copies of inline members
+  set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+endif()
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-# One folder for programs and shared libraries: Windows programs find their DLLs beside them.
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+# One folder for programs and shared libraries, a host's own where it has one: Windows programs find their DLLs
+# beside them.
+if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin)
+endif()
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 
 add_library(knotwork_build_options INTERFACE)
 # Bits: no contraction, no reassociation, and doubles are never kept in wider registers.
 target_compile_options(knotwork_build_options INTERFACE -ffp-contract=off)
-# Square roots are the processor's own, correctly rounded; a C library may take them twice rounded, as
-# 32-bit ones do through x87 registers. Without errno to set, none is called.
+# Without errno to set, mathematical functions become instructions where there are some. (The library's own square
+# roots do not depend on that: src/kernels/square_root.h.)
 target_compile_options(knotwork_build_options INTERFACE -fno-math-errno)
+# GCC 12 fuses the multiplications and additions of a rotation even so, in its pass over straight-line code, where a
+# builder's flags (-mfma, -march=native, -march=x86-64-v3) allow the instructions: it must not find any. AVX-512 has
+# its own. These come after the builder's flags; a kernel set's own flags come after these.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86|x86_64|AMD64)$")
+  target_compile_options(knotwork_build_options INTERFACE -mno-fma -mno-fma4 -mno-avx512f)
+endif()
 if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(i.86|x86|x86_64|AMD64)$")
   target_compile_options(knotwork_build_options INTERFACE -msse2 -mfpmath=sse)
 endif()
@@ -26,16 +37,21 @@ target_compile_options(knotwork_build_options INTERFACE -Wall -Wextra -Wpedantic
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   $<$<BOOL:${KNOTWORK_WARNINGS_AS_ERRORS}>:-Werror>)
 
-# knotwork_add_library(NAME): a shared library of the project, versioned, with the shared options.
-function(knotwork_add_library name)
+# knotwork_add_library(NAME INCLUDE INSTALLED): a shared library of the project, versioned, with the shared
+# options. Its headers lie below the folder INCLUDE, and are installed below INSTALLED in the include folder.
+function(knotwork_add_library name include installed)
   add_library(${name} SHARED)
   add_library(knotwork::${name} ALIAS ${name})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:knotwork_build_options>)
   target_compile_features(${name} PUBLIC cxx_std_20)
-  target_include_directories(${name}
-    PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-           $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  set(installed ${CMAKE_INSTALL_INCLUDEDIR}/${installed})
+  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${include}> $<INSTALL_INTERFACE:${installed}>
     PRIVATE ${PROJECT_SOURCE_DIR}/src)
+  if(KNOTWORK_INSTALL)
+    install(TARGETS ${name} EXPORT ${name}Targets)
+    install(DIRECTORY ${include}/ DESTINATION ${installed} FILES_MATCHING PATTERN "*.h")
+    set_property(GLOBAL APPEND PROPERTY KNOTWORK_INSTALLED ${name})
+  endif()
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH $ORIGIN)
   if(WIN32)

@@ -11,26 +11,6 @@ namespace {
 constexpr int kControlPoints = 7;
 constexpr int kPoints = 25;
 
-// Clamped knots 0, 0, 0, 0, 1, 2, ... end, end, end, end.
-double knot(int i) {
-  const int last = kControlPoints - 3;
-  return i < 3 ? 0 : i - 3 > last ? last : i - 3;
-}
-
-// Value at t of B-spline i of the degree, by the de Boor-Cox recurrence; the last one that is not
-// empty holds the end of the domain.
-double basis(int i, int degree, double t) {
-  if (degree == 0) {
-    const bool isLast = i == kControlPoints - 1;
-    return knot(i) <= t && (t < knot(i + 1) || (isLast && t == knot(i + 1))) ? 1 : 0;
-  }
-  const double rise = knot(i + degree) - knot(i), fall = knot(i + degree + 1) - knot(i + 1);
-  double value = 0;
-  if (rise > 0) value += (t - knot(i)) / rise * basis(i, degree - 1, t);
-  if (fall > 0) value += (knot(i + degree + 1) - t) / fall * basis(i + 1, degree - 1, t);
-  return value;
-}
-
 // A quarter of a helix, off by up to 0.01 except at its ends.
 void measure(int k, DoubleVec point) {
   const double angle = k * std::acos(0.0) / (kPoints - 1);
@@ -44,14 +24,15 @@ void measure(int k, DoubleVec point) {
 
 int main() {
   // Rows in order of the points, those that hold exactly last.
-  DoubleGenMat collocation(kPoints, kControlPoints);
+  DoubleVec parameters(kPoints);
   TtupleVector points(3, kPoints, 0.0);
   for (int row = 0; row < kPoints; ++row) {
     const int k = row < kPoints - 2 ? row + 1 : (row - kPoints + 2) * (kPoints - 1);
-    const double t = k * knot(kControlPoints) / (kPoints - 1);
-    for (int j = 0; j < kControlPoints; ++j) collocation(row, j) = basis(j, 3, t);
+    parameters(row) = k / (kPoints - 1.0);
     measure(k, points.point(row));
   }
+  const knotwork::BsplineBasis basis(3, knotwork::uniformKnots(3, kControlPoints));
+  const DoubleGenMat collocation = basis.collocation(parameters);
 
   Thouseholder solver(1e-10, 0, false);
   const int constraints = 2;

@@ -60,6 +60,25 @@ void SurfaceKnotwork(benchmark::State& state) {
 }
 BENCHMARK(SurfaceKnotwork)->Apply(cases);
 
+// Point and unit normal, which is the point with its first partials and the test that they are none
+// of a pole's.
+void SurfaceNormal(benchmark::State& state) {
+  const Case c(state);
+  const AP_SURFACE s = c.surface();
+  double point[3], normal[3];
+  std::size_t i = 0;
+  for (auto _ : state) {
+    const std::size_t k = i++ % kParameters;
+    s.normal(c.u[k], c.v[k], point, normal);
+    benchmark::DoNotOptimize(normal);
+    benchmark::ClobberMemory();
+  }
+  countEvaluations(state);
+}
+BENCHMARK(SurfaceNormal)
+    ->ArgNames({"degree", "nderiv", "rational", "uneven"})
+    ->ArgsProduct({{3, 5}, {1}, {0, 1}, {0}});
+
 #if defined(KNOTWORK_HAVE_SISL)
 // s1424 gives the same set of partials: every order up to nderiv in each direction.
 void SurfaceSisl(benchmark::State& state) {

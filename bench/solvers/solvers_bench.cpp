@@ -63,7 +63,8 @@ void SolveAlone(benchmark::State& state) {
   Fit f(state);
   const TtupleVector rhs(kCoordinates, f.points);
   Thouseholder solver(kTolerance, 0, false);
-  solver.setMatrix(f.a, f.constraints, false, false, false);
+  if (solver.setMatrix(f.a, f.constraints, false, false, false) != 0)
+    state.SkipWithError("refused");
   for (auto _ : state) benchmark::DoNotOptimize(solver.solve(rhs).points());
 }
 
@@ -75,7 +76,9 @@ void Grid(benchmark::State& state) {
   const DoubleGenMat data = knotwork::test::randomMatrix(random, samples, samples);
   Thouseholder u(kTolerance, 0, false), v(kTolerance, 0, false);
   TsolveTensorProductLsq grid(u, v);
-  grid.setMatrix(basis, basis, 0, 0, false, false, false, false, false, false);
+  if (grid.setMatrix(basis, basis, 0, 0, false, false, false, false, false, false) != 0) {
+    state.SkipWithError("refused");
+  }
   DoubleGenMat x(basis.cols(), basis.cols());
   for (auto _ : state) {
     if (grid.solve(data, &x) != 0) state.SkipWithError("not solvable");

@@ -4,17 +4,20 @@
 
 namespace knotwork::detail {
 
+DoubleVec firstOf(const DoubleVec& v, unsigned n) {
+  DoubleVec first(n, 0.0);
+  const unsigned count = std::min(first.length(), v.length());
+  first.slice(0, count, 1) = v.slice(0, count, 1);
+  return first;
+}
+
 DoubleVec ofLength(const DoubleVec& v, unsigned n) {
-  if (v.length() == n && v.stride() == 1) return v;
-  if (v.length() == n) return v.deepCopy();
-  DoubleVec fitted(v);
-  fitted.resize(n);
-  return fitted;
+  return v.length() == n && v.stride() == 1 ? v : firstOf(v, n);
 }
 
 namespace {
 
-/// Calls move(w, i, pivots[i]) for the pivots that are an index of v; w is new, all 0.
+// Calls move(w, i, pivots[i]) for the pivots that are an index of v; w is new, all 0.
 template <class Move>
 DoubleVec reorder(const DoubleVec& v, const IntVec& pivots, int pivoting, Move move) {
   if (!pivoting) return v;
@@ -39,10 +42,16 @@ DoubleVec unpermute(const DoubleVec& v, const IntVec& pivots, int pivoting) {
   return reorder(v, pivots, pivoting, [&](DoubleVec& w, int i, int place) { w(place) = v(i); });
 }
 
-void Places::store(unsigned n) const {
-  if (target_ == nullptr || target_->data() == places_.data()) return;
-  const int count = static_cast<int>(std::min(n, target_->length()));
-  for (int i = 0; i < count; ++i) (*target_)(i) = places_(i);
+DoubleVec basicSolution(DoubleVec x, unsigned k, unsigned n, const IntVec& pivots, int pivoting) {
+  if (x.length() != k) return DoubleVec();
+  x.resize(n);
+  return x.length() == n ? unpermute(x, pivots, pivoting) : DoubleVec();
+}
+
+void Places::store(unsigned n) {
+  if (target_.data() == places_.data()) return;
+  const unsigned count = std::min(n, target_.length());
+  target_.slice(0, count, 1) = places_.slice(0, count, 1);
 }
 
 }  // namespace knotwork::detail

@@ -1,40 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Cholesky decomposition: columns moved, rows added and removed.
+//
+// A handler may return from the report of an argument that does not fit. The routines are then
+// called with what all arguments have in common, so that nothing outside of their storage is met.
 #include "decomp/arguments.h"
 #include "decomp/linpack/linpack.h"
 #include "knotwork/decomp/double_ch_decomp.h"
 
 namespace detail = knotwork::detail;
 namespace linpack = knotwork::linpack;
+using detail::orderOf;
 using detail::Places;
 
 namespace {
-
-/// The columns of Z, if it has all its elements and `rows` rows at least: 0 else.
-unsigned columnsOf(const DoubleGenMat* Z, unsigned rows) {
-  if (Z == nullptr || Z->rows() < rows) return 0;
-  const auto count = static_cast<unsigned long long>(Z->rows()) * Z->cols();
-  return Z->dataVec().length() < count ? 0 : Z->cols();
-}
-
-/// Z's elements for a routine, column after column.
-class DataColumns {
- public:
-  DataColumns(DoubleGenMat* Z, unsigned columns)
-      : rows_(columns > 0 ? Z->rows() : 0),
-        elements_(columns > 0 ? Z->dataVec() : DoubleVec()),
-        places_(&elements_, rows_ * columns) {}
-
-  bool ready() const { return places_.ready(); }
-  double* data() { return places_.data(); }
-  int rows() const { return static_cast<int>(rows_); }
-  void store() const { places_.store(); }
-
- private:
-  unsigned rows_;
-  DoubleVec elements_;
-  Places places_;
-};
 
 void checkHeight(const DoubleGenMat* Z, unsigned rows) {
   if (Z != nullptr && Z->rows() != rows)
@@ -45,6 +23,76 @@ void checkRotations(const DoubleVec* cosinesOrSines, unsigned n) {
   if (cosinesOrSines != nullptr && cosinesOrSines->length() != n)
     raiseMathErrorCode(knotwork::kRotationLengthWrong, cosinesOrSines->length(), n);
 }
+
+// The data columns of which a change may rotate the first `rows` rows: none if Z has fewer, or
+// fewer elements than its dimensions tell.
+unsigned usableColumns(const DoubleGenMat* Z, unsigned rows) {
+  if (Z == nullptr || Z->rows() < rows) return 0;
+  const auto count = static_cast<unsigned long long>(Z->rows()) * Z->cols();
+  return Z->dataVec().length() < count ? 0 : Z->cols();
+}
+
+Places placesOf(const DoubleGenMat* Z, unsigned columns) {
+  return columns > 0 ? Places(Z->dataVec(), Z->rows() * columns) : Places(DoubleVec(), 0);
+}
+
+int heightOf(const DoubleGenMat* Z) { return Z ? static_cast<int>(Z->rows()) : 0; }
+
+void checkRowChange(const DoubleGenMat& factor, const DoubleVec& x, const DoubleGenMat* Z,
+                    const DoubleVec* y, const DoubleVec* rho, const DoubleVec* c,
+                    const DoubleVec* s) {
+  const unsigned columns = Z ? Z->cols() : 0;
+  checkHeight(Z, factor.rows());
+  checkRotations(c, orderOf(factor));
+  checkRotations(s, orderOf(factor));
+  for (const DoubleVec* v : {&x, y, rho, c, s})
+    if (v != nullptr && v->stride() != 1) raiseMathErrorCode(knotwork::kPointerStrideNotOne);
+  for (const DoubleVec* v : {y, rho}) {
+    if (const unsigned length = v ? v->length() : 0; length != columns)
+      raiseMathErrorCode(knotwork::kResidualCountWrong, length, columns);
+  }
+  x.lengthCheck(orderOf(factor));
+}
+
+// A row x that comes or goes, with a value of y and a residual norm for each data column.
+class RowChange {
+ public:
+  RowChange(DoubleGenMat& factor, const DoubleVec& x, const DoubleGenMat* Z, const DoubleVec* y,
+            const DoubleVec* rho, const DoubleVec* c, const DoubleVec* s)
+      : R_(factor),
+        order_(orderOf(factor)),
+        columns_(y && rho ? std::min({usableColumns(Z, order_), y->length(), rho->length()}) : 0),
+        dataHeight_(heightOf(Z)),
+        row_(detail::ofLength(x, order_)),
+        values_(detail::ofLength(y ? *y : DoubleVec(), columns_)),
+        data_(placesOf(Z, columns_)),
+        norms_(rho, columns_),
+        cosines_(c, order_),
+        sines_(s, order_) {}
+
+  // @return whether there was memory.
+  bool ready() const {
+    return row_.length() == order_ && values_.length() == columns_ && data_.ready() &&
+           norms_.ready() && cosines_.ready() && sines_.ready();
+  }
+  // Calls dchud or dchdd, and returns what it returns.
+  template <class Routine>
+  auto call(Routine routine) {
+    return routine(R_.data(), static_cast<int>(R_.rows()), static_cast<int>(order_), row_.data(),
+                   data_.data(), dataHeight_, static_cast<int>(columns_), values_.data(),
+                   norms_.data(), cosines_.data(), sines_.data());
+  }
+  void store() {
+    for (Places* const changed : {&data_, &norms_, &cosines_, &sines_}) changed->store();
+  }
+
+ private:
+  DoubleGenMat& R_;
+  unsigned order_, columns_;
+  int dataHeight_;
+  DoubleVec row_, values_;
+  Places data_, norms_, cosines_, sines_;
+};
 
 }  // namespace
 
@@ -57,75 +105,39 @@ void DoubleChDecomp::shift(int l, int k, int direction, DoubleGenMat* Z, DoubleV
   checkHeight(Z, rows());
   checkRotations(c, count);
   checkRotations(s, count);
-  if (!inPlace || k >= static_cast<int>(order())) return;
+  const unsigned order = orderOf(factor_);
+  if (!inPlace || k >= static_cast<int>(order)) return;
 
-  const unsigned places = static_cast<unsigned>(k) + 1;  // the routine counts from 1
-  const unsigned columns = columnsOf(Z, places);
-  DataColumns data(Z, columns);
-  Places cosines(c, count), sines(s, places);  // the sines double as work space
+  const unsigned turned = static_cast<unsigned>(k) + 1;  // rows, down to the k-th
+  const unsigned columns = usableColumns(Z, turned);
+  Places data = placesOf(Z, columns), cosines(c, count);
+  Places sines(s, turned);  // more than asked for: they double as work space
   if (!data.ready() || !cosines.ready() || !sines.ready()) return;
   const auto job = direction == 0 ? linpack::ChexJob::kLeftShift : linpack::ChexJob::kRightShift;
-  linpack::dchex(factor_.data(), static_cast<int>(rows()), static_cast<int>(order()), l + 1, k + 1,
-                 data.data(), data.rows(), static_cast<int>(columns), cosines.data(), sines.data(),
+  // The routine counts from 1, and calls the first column k and the last one l.
+  linpack::dchex(factor_.data(), static_cast<int>(rows()), static_cast<int>(order), l + 1, k + 1,
+                 data.data(), heightOf(Z), static_cast<int>(columns), cosines.data(), sines.data(),
                  job);
   data.store();
   cosines.store();
   sines.store(count);
 }
 
-void DoubleChDecomp::checkRowChange(const DoubleVec& x, const DoubleGenMat* Z, const DoubleVec* y,
-                                    const DoubleVec* rho, const DoubleVec* c,
-                                    const DoubleVec* s) const {
-  const unsigned columns = Z ? Z->cols() : 0;
-  checkHeight(Z, rows());
-  checkRotations(c, order());
-  checkRotations(s, order());
-  for (const DoubleVec* v : {&x, y, rho, c, s})
-    if (v != nullptr && v->stride() != 1) raiseMathErrorCode(knotwork::kPointerStrideNotOne);
-  for (const DoubleVec* v : {y, rho}) {
-    if (const unsigned length = v ? v->length() : 0; length != columns)
-      raiseMathErrorCode(knotwork::kResidualCountWrong, length, columns);
-  }
-  x.lengthCheck(order());
-}
-
-int DoubleChDecomp::changeRow(bool adding, const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y,
-                              DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
-  checkRowChange(x, Z, y, rho, c, s);
-  const bool hasData = y != nullptr && rho != nullptr;
-  const unsigned columns =
-      hasData ? std::min({columnsOf(Z, order()), y->length(), rho->length()}) : 0;
-  const DoubleVec row = detail::ofLength(x, order());
-  const DoubleVec values = hasData ? detail::ofLength(*y, columns) : DoubleVec();
-  DataColumns data(Z, columns);
-  Places norms(rho, columns), cosines(c, order()), sines(s, order());
-  if (row.length() != order() || values.length() != columns || !data.ready() || !norms.ready() ||
-      !cosines.ready() || !sines.ready())
-    return -1;
-  const auto call = [&](auto routine) {
-    return routine(factor_.data(), static_cast<int>(rows()), static_cast<int>(order()), row.data(),
-                   data.data(), data.rows(), static_cast<int>(columns), values.data(), norms.data(),
-                   cosines.data(), sines.data());
-  };
-  int info = 0;
-  if (adding) {
-    call(linpack::dchud);
-  } else {
-    info = call(linpack::dchdd);
-  }
-  data.store();
-  norms.store();
-  cosines.store();
-  sines.store();
-  return info;
-}
-
 void DoubleChDecomp::update(const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y, DoubleVec* rho,
                             DoubleVec* c, DoubleVec* s) {
-  changeRow(true, x, Z, y, rho, c, s);
+  checkRowChange(factor_, x, Z, y, rho, c, s);
+  RowChange change(factor_, x, Z, y, rho, c, s);
+  if (!change.ready()) return;
+  change.call(linpack::dchud);
+  change.store();
 }
 
 int DoubleChDecomp::downdate(const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y,
                              DoubleVec* rho, DoubleVec* c, DoubleVec* s) {
-  return changeRow(false, x, Z, y, rho, c, s);
+  checkRowChange(factor_, x, Z, y, rho, c, s);
+  RowChange change(factor_, x, Z, y, rho, c, s);
+  if (!change.ready()) return -1;
+  const int info = change.call(linpack::dchdd);
+  change.store();
+  return info;
 }

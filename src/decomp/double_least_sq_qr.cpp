@@ -22,6 +22,8 @@ double DoubleLeastSqQR::setTolerance(double t) { return std::exchange(tolerance_
 unsigned DoubleLeastSqQR::numEquations() const { return rows(); }
 bool DoubleLeastSqQR::isUnderDetermined() const { return numFreeCols() != 0; }
 
+// Trailing columns whose diagonal element is within the tolerance; pivoting brings the small ones
+// there. They are free, and their unknowns 0.
 unsigned DoubleLeastSqQR::numFreeCols() const {
   unsigned bound = std::min(rows(), cols());
   const auto isSmall = [this](unsigned i) {
@@ -31,21 +33,18 @@ unsigned DoubleLeastSqQR::numFreeCols() const {
   return cols() - bound;
 }
 
-void DoubleLeastSqQR::check(const DoubleVec& b, unsigned size) const {
-  detail::checkRhs(b, rows());
-  if (size == 0) raiseMathErrorCode(knotwork::kNotFactored);
-}
-
 DoubleVec DoubleLeastSqQR::solve(const DoubleVec& b) const {
-  check(b, cols());
+  detail::checkRhs(b, rows());
+  if (cols() == 0) raiseMathErrorCode(knotwork::kNotFactored);
   const unsigned free = numFreeCols();
   if (free == 0) return DoubleQRDecomp::solve(b);
-  DoubleVec x = partialSolve(b, static_cast<int>(cols() - free));
-  x.resize(cols());
-  return unpermute(x);
+  const unsigned bound = cols() - free;
+  const DoubleVec x = partialSolve(b, static_cast<int>(bound));
+  return detail::basicSolution(x, bound, cols(), pivots_, pivoting_);
 }
 
 DoubleVec DoubleLeastSqQR::residual(const DoubleVec& b) const {
-  check(b, rows());
+  detail::checkRhs(b, rows());
+  if (rows() == 0) raiseMathErrorCode(knotwork::kNotFactored);
   return computeResidualVec(b, static_cast<int>(cols() - numFreeCols()));
 }

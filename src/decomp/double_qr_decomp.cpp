@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// QR decomposition by Householder reflections, with column pivoting.
+// QR decomposition by Householder reflections, with column pivoting. R stands in the upper
+// triangle; below it, and in `qraux_` for the first element of each, the vectors of the
+// reflections: Q itself is never formed, only applied.
 #include "knotwork/decomp/double_qr_decomp.h"
 
 #include <utility>
@@ -9,7 +11,52 @@
 
 namespace detail = knotwork::detail;
 namespace linpack = knotwork::linpack;
+using detail::orderOf;
 using linpack::QrslJob;
+
+namespace {
+
+void factorInPlace(DoubleGenMat& factors, IntVec& pivots, DoubleVec& qraux, int pivoting) {
+  const unsigned columns = factors.cols();
+  if (pivoting) pivots.resize(columns);
+  qraux.resize(columns);
+  DoubleVec work(pivoting ? columns : 0);
+  const bool ready = qraux.length() == columns && work.length() == (pivoting ? columns : 0) &&
+                     (!pivoting || pivots.length() == columns);
+  if (!ready) {
+    factors.reference(DoubleGenMat());
+    return;
+  }
+  const int n = static_cast<int>(factors.rows());
+  linpack::dqrdc(factors.data(), n, n, static_cast<int>(columns), qraux.data(), pivots.data(),
+                 work.data(), pivoting ? linpack::Pivoting::kOn : linpack::Pivoting::kOff);
+  --pivots;  // whether or not pivoting is on
+}
+
+// What `job` makes of y by the first k columns: empty where there was no memory.
+DoubleVec apply(const DoubleGenMat& factors, const DoubleVec& qraux, const DoubleVec& y, int k,
+                QrslJob job) {
+  const unsigned rows = factors.rows();
+  detail::checkRhs(y, rows);
+  const unsigned most = orderOf(factors);
+  const unsigned count = k < 0 ? most : std::min(static_cast<unsigned>(k), most);
+  const unsigned length = job == QrslJob::kSolve ? count : rows;
+  if (length == 0) return DoubleVec();
+  DoubleVec result = detail::firstOf(y, rows);
+  if (result.length() != rows) return DoubleVec();
+  if (count > 0) {
+    const int n = static_cast<int>(rows);
+    const int info = linpack::dqrsl(factors.data(), n, n, static_cast<int>(count), qraux.data(),
+                                    result.data(), job);
+    if (info != 0) raiseMathErrorCode(knotwork::kNotFactored);
+  } else if (job == QrslJob::kFit) {
+    result = 0.0;
+  }
+  result.resize(length);
+  return result.length() == length ? result : DoubleVec();
+}
+
+}  // namespace
 
 DoubleQRDecomp::DoubleQRDecomp() = default;
 DoubleQRDecomp::DoubleQRDecomp(const DoubleGenMat& A) { DoubleQRDecomp::factor(A); }
@@ -20,7 +67,7 @@ void DoubleQRDecomp::factor(const DoubleGenMat& A) {
   // The old factors go first, so that there are never two matrices besides A.
   if (&A != &factors_) factors_.reference(DoubleGenMat());
   factors_.reference(A.deepCopy());
-  dofactor();
+  factorInPlace(factors_, pivots_, qraux_, pivoting_);
 }
 
 void DoubleQRDecomp::deepenShallowCopy() {
@@ -30,20 +77,8 @@ void DoubleQRDecomp::deepenShallowCopy() {
 }
 
 void DoubleQRDecomp::dofactor() {
-  factors_.deepenShallowCopy();
-  const unsigned columns = cols();
-  if (pivoting_) pivots_.resize(columns);
-  qraux_.resize(columns);
-  DoubleVec work(pivoting_ ? columns : 0);
-  if (qraux_.length() != columns ||
-      (pivoting_ && (pivots_.length() != columns || work.length() != columns))) {
-    factors_.reference(DoubleGenMat());
-    return;
-  }
-  const int n = static_cast<int>(rows());
-  linpack::dqrdc(factors_.data(), n, n, static_cast<int>(columns), qraux_.data(), pivots_.data(),
-                 work.data(), pivoting_ ? linpack::Pivoting::kOn : linpack::Pivoting::kOff);
-  --pivots_;  // whether or not pivoting is on
+  factors_.reference(factors_.deepCopy());
+  factorInPlace(factors_, pivots_, qraux_, pivoting_);
 }
 
 int DoubleQRDecomp::doPivoting(int on) { return std::exchange(pivoting_, on); }
@@ -51,7 +86,7 @@ int DoubleQRDecomp::doPivoting(int on) { return std::exchange(pivoting_, on); }
 IntVec DoubleQRDecomp::pivots() const { return pivots_; }
 
 unsigned DoubleQRDecomp::rank() const {
-  const int order = static_cast<int>(std::min(rows(), cols()));
+  const int order = static_cast<int>(orderOf(factors_));
   int zeros = 0;
   for (int i = 0; i < order; ++i) zeros += factors_(i, i) == 0.0;
   return static_cast<unsigned>(order - zeros);
@@ -59,51 +94,24 @@ unsigned DoubleQRDecomp::rank() const {
 
 bool DoubleQRDecomp::isSingular() const { return rank() != rows() && rank() != cols(); }
 
-// Q'y, where it is needed on the way to something else, stands in the place of that result.
-DoubleVec DoubleQRDecomp::apply(const DoubleVec& y, int k, QrslJob job) const {
-  detail::checkRhs(y, rows());
-  const bool solving = job == QrslJob::kSolve;
-  const unsigned most = std::min(rows(), cols());
-  const unsigned count = k < 0 ? most : std::min(static_cast<unsigned>(k), most);
-  const DoubleVec data = detail::ofLength(y, rows());
-  if (count == 0) {
-    if (solving) return DoubleVec();
-    return job == QrslJob::kFit ? DoubleVec(rows(), 0.0) : data.deepCopy();
-  }
-
-  DoubleVec result(solving ? count : rows());
-  DoubleVec scratch(solving ? rows() : 0);
-  DoubleVec& qty = solving ? scratch : result;
-  if (data.length() != rows() || qty.length() != rows() || result.length() < count)
-    return DoubleVec();
-  const int n = static_cast<int>(rows());
-  const int info =
-      linpack::dqrsl(factors_.data(), n, n, static_cast<int>(count), qraux_.data(), data.data(),
-                     result.data(), qty.data(), result.data(), result.data(), result.data(), job);
-  if (info != 0) raiseMathErrorCode(knotwork::kNotFactored);
-  return result;
-}
-
 DoubleVec DoubleQRDecomp::partialSolve(const DoubleVec& b, int k) const {
-  return apply(b, k, QrslJob::kSolve);
+  return apply(factors_, qraux_, b, k, QrslJob::kSolve);
 }
 DoubleVec DoubleQRDecomp::computeQy(const DoubleVec& y, int k) const {
-  return apply(y, k, QrslJob::kQy);
+  return apply(factors_, qraux_, y, k, QrslJob::kQy);
 }
 DoubleVec DoubleQRDecomp::computeQTy(const DoubleVec& y, int k) const {
-  return apply(y, k, QrslJob::kQty);
+  return apply(factors_, qraux_, y, k, QrslJob::kQty);
 }
 DoubleVec DoubleQRDecomp::computeResidualVec(const DoubleVec& y, int k) const {
-  return apply(y, k, QrslJob::kResidual);
+  return apply(factors_, qraux_, y, k, QrslJob::kResidual);
 }
 DoubleVec DoubleQRDecomp::computeXb(const DoubleVec& y, int k) const {
-  return apply(y, k, QrslJob::kFit);
+  return apply(factors_, qraux_, y, k, QrslJob::kFit);
 }
 
 DoubleVec DoubleQRDecomp::solve(const DoubleVec& b) const {
-  DoubleVec x = partialSolve(b, -1);
-  x.resize(cols());
-  return unpermute(x);
+  return detail::basicSolution(partialSolve(b, -1), orderOf(factors_), cols(), pivots_, pivoting_);
 }
 
 DoubleVec DoubleQRDecomp::permute(const DoubleVec& v) const {

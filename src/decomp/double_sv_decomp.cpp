@@ -9,7 +9,7 @@ namespace linpack = knotwork::linpack;
 
 namespace {
 
-/// @return whether m could be resized.
+// @return whether m could be resized.
 bool resized(DoubleGenMat& m, unsigned rows, unsigned cols) {
   m.resize(rows, cols);
   return m.rows() == rows && m.cols() == cols;
@@ -57,14 +57,17 @@ void DoubleSVDecomp::factor(const DoubleGenMat& A) {
                                static_cast<linpack::SvdcJob>(job_));
     }
   }
-  values_.resize(count);
-  if (!ready) values_.reference(DoubleVec());
+  if (resized(values_, count) && ready) return;
+  values_.reference(DoubleVec());
+  status_ = 0;
 }
 
+// job_ is the routine's own word. Its tens tell the left vectors: 0 none, 1 all, 2 as many as there
+// are singular values. Its ones tell the right vectors.
 int DoubleSVDecomp::computeLeftVecs(int on) {
   const int before = job_ / 10;
-  const int now = !on ? 0 : before == 0 ? 1 : before;
-  job_ = 10 * now + job_ % 10;
+  const int wanted = before != 0 ? before : 1;
+  job_ = 10 * (on ? wanted : 0) + job_ % 10;
   return before != 0;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the containers of points share: sizes, checked views and transformation of flat coordinates.
+// What points and knots share: sizes, checked views and transformation of flat coordinates.
 #include "geometry/flat_points.h"
 
 #include <algorithm>
@@ -13,11 +13,18 @@ namespace knotwork::detail {
 
 unsigned elementCount(std::initializer_list<int> factors) {
   constexpr std::uint64_t kMost = std::min<std::uint64_t>(UINT_MAX, SIZE_MAX / sizeof(double));
+  // Cut off just above what can be had: the product of that and any int does not overflow.
   std::uint64_t count = 1;
   for (const std::int64_t factor : factors) {
     count = std::min(count * static_cast<std::uint64_t>(factor < 0 ? -factor : factor), kMost + 1);
   }
   if (count <= kMost) return static_cast<unsigned>(count);
+  reportOutOfMemory();
+  return 0;
+}
+
+unsigned countOrReport(long long n) {
+  if (0 <= n && n <= INT_MAX) return elementCount({static_cast<int>(n)});
   reportOutOfMemory();
   return 0;
 }

@@ -1,25 +1,20 @@
 // SPDX-License-Identifier: MIT
-// Knot vectors.
+// Knot vectors. Walks are linear and the sort is quadratic: knots are few, and what they are not is
+// regular. A search by halves would need them ascending, which nobody has to keep; a walk gives the
+// answer that its comparisons define, also for a NaN.
 #include "knotwork/geometry/number_sequence.h"
 
-#include <climits>
 #include <cmath>
 #include <utility>
 
 #include "geometry/flat_points.h"
 #include "knotwork/vector/int_vec.h"
-#include "vector/shared_block.h"
 
 namespace detail = knotwork::detail;
 
 namespace {
 
-unsigned countOrReport(long long n) {
-  if (0 <= n && n <= INT_MAX) return detail::elementCount({static_cast<int>(n)});
-  detail::reportOutOfMemory();
-  return 0;
-}
-
+// Exchange of neighbours, from the end: equal values keep their order, so that -0 and 0 do.
 template <class Vec>
 void sortInPlace(Vec& v) {
   const int n = static_cast<int>(v.length());
@@ -37,7 +32,7 @@ void sortInPlace(Vec& v) {
 TnumberSequence::TnumberSequence() = default;
 TnumberSequence::TnumberSequence(const TnumberSequence& other) : DoubleVec(other.deepCopy()) {}
 TnumberSequence::TnumberSequence(double start, double increment, int n)
-    : DoubleVec(countOrReport(n), start, increment) {}
+    : DoubleVec(detail::countOrReport(n), start, increment) {}
 TnumberSequence::TnumberSequence(const DoubleVec& values) : DoubleVec(values.deepCopy()) {
   sortDoubleVecInPlace(*this);
 }
@@ -58,6 +53,8 @@ int TnumberSequence::length() const { return static_cast<int>(DoubleVec::length(
 
 // ---- Intervals and breakpoints ------------------------------------------------------------------
 
+// The last knot r that x is not below, counted up to the first that x is below; from the left, the
+// last one that differs from knot r instead, or 0.
 int TnumberSequence::findInterval(double x, bool fromLeft) const {
   const DoubleVec& t = *this;
   const int n = length();
@@ -107,10 +104,11 @@ void TnumberSequence::add(double x, int multiplicity) {
   DoubleVec& t = *this;
   const int oldEnd = length();
   const int first = findInterval(x, false) + 1;
-  const unsigned grown = countOrReport(static_cast<long long>(oldEnd) + multiplicity);
+  const unsigned grown = detail::countOrReport(static_cast<long long>(oldEnd) + multiplicity);
   if (grown == 0) return;
   resize(grown);
   if (t.length() != grown) return;
+  // From the end, for the places overlap.
   for (int i = oldEnd - 1; i >= first; --i) t(i + multiplicity) = t(i);
   for (int i = first; i < first + multiplicity; ++i) t(i) = x;
 }
@@ -124,6 +122,7 @@ void TnumberSequence::add(const DoubleVec& values) {
     return;
   }
   const DoubleVec& t = *this;
+  // A merge of two ascending lists; of equal values those of this sequence come first.
   DoubleVec merged(t.length() + n);
   const int inValues = static_cast<int>(n);
   for (int i = 0, j = 0; i + j < static_cast<int>(merged.length());) {
@@ -149,6 +148,7 @@ DoubleVec TnumberSequence::extra(const TnumberSequence& a, const TnumberSequence
   DoubleVec found(static_cast<unsigned>(b.length()));
   unsigned count = 0;
   const int wanted = static_cast<int>(found.length());
+  // Both ascend, so that one walk pairs them; each value of a serves for one of b.
   for (int i = 0, j = 0; j < wanted;) {
     if (i < a.length() && std::abs(b(j) - a(i)) <= tolerance) {
       ++i;

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Grids of points of one dimension.
+// Grids of points of one dimension: one vector, point after point down each column, so that a
+// column is a list of points, a row a slice with gaps, and a component a matrix. Views are asked
+// for through checked slices: a grid may have been made on a vector that is too short.
 #include "knotwork/geometry/tuple_matrix.h"
 
 #include <cstdlib>
@@ -24,6 +26,7 @@ TtupleMatrix::TtupleMatrix(const TtupleMatrix& other) = default;
 
 TtupleMatrix::TtupleMatrix(int dim, int rows, int cols, double value)
     : TtupleMatrix(DoubleVec(detail::elementCount({dim, rows, cols}), value), dim, rows, cols) {
+  // Where dimensions were asked for and there are no elements.
   const bool outOfMemory = length() == 0 && dim != 0 && rows != 0 && cols != 0;
   if (outOfMemory) rows_ = cols_ = 0;
 }

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Lists of points of one dimension.
+// Lists of points of one dimension: a vector, point after point. A point is a slice of it and a
+// component a slice with the dimension as its stride, so that both write through. A constant list
+// hands out copies: its views would be a way to write.
 #include "knotwork/geometry/tuple_vector.h"
 
 #include <algorithm>

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// TvertDataIndexTable: keys with one integer each, and the walk over the entries of one key.
+// TvertDataIndexTable: keys with one integer each, and the walk over the entries of one key,
+// which are those of its bucket that have its hash.
 #include "knotwork/geometry/vert_data_index_table.h"
 
 TvertDataIndexTable::TvertDataIndexTable() : TvertDataIndexTable(0, 0xFFFFFFFFU) {}
@@ -59,7 +60,7 @@ TvertDataIndexTable::KeyIterator::KeyIterator(TvertDataIndexTable& table, const 
 
 bool TvertDataIndexTable::KeyIterator::first(const int& key) {
   key_ = key;
-  _first(static_cast<unsigned>(key));
+  _first(static_cast<unsigned>(key));  // the bucket's first entry, of whatever key
   current_ = knotwork::detail::findInChain(current_, static_cast<unsigned>(key));
   return !isDone();
 }
@@ -85,3 +86,11 @@ bool TvertDataIndexTable::KeyIterator::removeThenNext() {
   discard(former, bucket_);
   return true;
 }
+
+TvertDataIndexTable::Iterator::Iterator(const Iterator& other) = default;
+TvertDataIndexTable::Iterator& TvertDataIndexTable::Iterator::operator=(const Iterator& other) =
+    default;
+
+TvertDataIndexTable::KeyIterator::KeyIterator(const KeyIterator& other) = default;
+TvertDataIndexTable::KeyIterator& TvertDataIndexTable::KeyIterator::operator=(
+    const KeyIterator& other) = default;

@@ -20,3 +20,6 @@ bool TvertIndexTable::insertUnique(const int& key) { return !findEntry(key) && i
 unsigned TvertIndexTable::keyCount(const int& key) const { return countEntries(key); }
 
 TvertIndexTable::Iterator::Iterator(TvertIndexTable& table) : VertIterator(table) { first(); }
+
+TvertIndexTable::Iterator::Iterator(const Iterator& other) = default;
+TvertIndexTable::Iterator& TvertIndexTable::Iterator::operator=(const Iterator& other) = default;

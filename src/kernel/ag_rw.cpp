@@ -30,7 +30,7 @@ void TagRw::dvToV(const DoubleVec& v, double* p, int count) {
 void TagRw::dvToP4(const DoubleVec& v, T4dDblPoint& p) {
   double xyzw[] = {0.0, 0.0, 0.0, 1.0};
   dvToV(v, xyzw, 4);
-  p = T4dDblPoint(xyzw[0], xyzw[1], xyzw[2], xyzw[3]);
+  p.x = xyzw[0], p.y = xyzw[1], p.z = xyzw[2], p.w = xyzw[3];
 }
 
 void TagRw::p4ToDv(const T4dDblPoint& p, DoubleVec& v) {
@@ -44,7 +44,8 @@ void TagRw::agToT4dDblPoint(double* a, T4dDblPoint& p, int dim, int rational) {
   double xyz[3];
   ag_V_copy(a, xyz, spatial);
   ag_V_zero(xyz + spatial, 3 - spatial);
-  p = T4dDblPoint(xyz[0], xyz[1], xyz[2], rational != 0 ? a[std::max(dim, 0)] : 1.0);
+  p.x = xyz[0], p.y = xyz[1], p.z = xyz[2];
+  p.w = rational != 0 ? a[std::max(dim, 0)] : 1.0;
 }
 
 void TagRw::T4dDblPointToAg(const T4dDblPoint& p, double* a, int dim, int rational) {
@@ -63,6 +64,7 @@ bool TagRw::polyMultiply(const DoubleVec& a, const DoubleVec& b, DoubleVec& c) {
   const bool resized = c.length() != needed;
   if (resized) c.resize(needed);
   if (c.length() != needed) return resized;
+  // c_(i+j) += p_i q_j, on top of what c holds.
   for (int i = 0; i < static_cast<int>(p.length()); ++i) {
     for (int j = 0; j < static_cast<int>(q.length()); ++j) c(i + j) += p(i) * q(j);
   }

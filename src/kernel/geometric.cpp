@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // AP_GEOMETRIC: the control-point array and its box.
+//
+// Behind the control points stand spare doubles, as many as the triangular scheme of a high degree
+// takes: so evaluation needs no memory of its own, and works where there is none left.
 #include "knotwork/kernel/geometric.h"
 
 #include <algorithm>
@@ -25,31 +28,20 @@ int AP_GEOMETRIC::Capacity() const { return count_; }
 
 int AP_GEOMETRIC::Dim() const { return dim_; }
 
-bool AP_GEOMETRIC::allocate(long long points, int coords, long long spare) {
-  if (points < 0 || points > INT_MAX) return false;
-  const long long size = knotwork::detail::sizeProduct(points, coords);
-  auto grown = knotwork::detail::tryArray<double>(size < 0 ? -1 : size + spare);
-  if (!grown) return false;
+void AP_GEOMETRIC::allocate(long long points, int coords, long long spare) {
+  const long long size = points > INT_MAX ? -1 : knotwork::detail::sizeProduct(points, coords);
+  double* const grown = knotwork::detail::newArray<double>(size < 0 ? -1 : size + spare).release();
+  std::copy_n(cv_, std::min<long long>(spare_, size), grown);
   delete[] cv_;
-  cv_ = grown.release();
+  cv_ = grown;
   spare_ = static_cast<std::ptrdiff_t>(size);
   count_ = static_cast<int>(points);
-  return true;
 }
 
-bool AP_GEOMETRIC::reserve(long long points, long long kept, int coords, int step,
-                           long long spare) {
-  if (points <= count_) return true;
+void AP_GEOMETRIC::reserve(long long points, int coords, int step, long long spare) {
+  if (points <= count_) return;
   const long long steps = (points - count_ + step - 1) / step;
-  double* const old = cv_;
-  cv_ = nullptr;
-  if (!allocate(count_ + steps * step, coords, spare)) {
-    cv_ = old;
-    return false;
-  }
-  std::copy_n(old, kept * coords, cv_);
-  delete[] old;
-  return true;
+  allocate(count_ + steps * step, coords, spare);
 }
 
 double* AP_GEOMETRIC::spare() const { return cv_ + spare_; }

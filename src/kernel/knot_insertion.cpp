@@ -9,6 +9,7 @@ namespace knotwork::detail {
 
 namespace {
 
+// p += alpha (next - p).
 void blend(double* row, const double* next, double alpha, long long width) {
   if (alpha == 1.0) {  // the end of the domain: keep its point to the bit
     std::copy_n(next, width, row);
@@ -23,6 +24,7 @@ void insertRow(double* rows, long long count, long long width, const KnotRecord&
                double t) {
   std::copy_backward(rows + (s - 1) * width, rows + count * width, rows + (count + 1) * width);
   const int m = knots.degree();
+  // alpha_i = (t - knot(i - m)) / (knot(i + 1) - knot(i - m)); a leg without length stays a point.
   for (int i = s; i < s + m; ++i) {
     const double low = *knots.at(i - m);
     const double length = *knots.at(i + 1) - low;

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
-// KnotRecord: storage, search and growth of the knots.
+// KnotRecord: storage, search and growth of the knots. Storage grows to twice its size at least, so
+// that knots inserted one by one cost a constant number of copies each.
 #include "knotwork/kernel/knot_record.h"
 
 #include <algorithm>
+#include <climits>
+#include <new>
 
 #include "kernel/span_search.h"
 #include "kernel/storage.h"
@@ -20,10 +23,11 @@ long long knotCount(long long degree, long long spans) {
 
 KnotRecord::KnotRecord(int degree, int spans) : degree_(degree), spans_(spans), capacity_(0) {
   const long long n = knotCount(degree, spans);
-  if (degree < 0 || spans < 0 || n > 0x7FFFFFFF || !reserve(static_cast<int>(n))) {
+  if (degree < 0 || spans < 0 || n > INT_MAX) {
     clear();
     return;
   }
+  reserve(static_cast<int>(n));
   for (int k = first(); k <= last(); ++k) {
     values_[k - first()] = std::clamp(k, 0, spans);
   }
@@ -31,9 +35,7 @@ KnotRecord::KnotRecord(int degree, int spans) : degree_(degree), spans_(spans), 
 }
 
 KnotRecord::KnotRecord(const KnotRecord& other) : KnotRecord(other.degree_, other.spans_) {
-  if (degree_ == other.degree_ && spans_ == other.spans_) {
-    assign(other.values_.get(), last() - first() + 1);
-  }
+  assign(other.values_.get(), last() - first() + 1);
 }
 
 KnotRecord::~KnotRecord() = default;
@@ -76,21 +78,19 @@ bool KnotRecord::contains(double t) const {
   return degree_ == 0 ? t == t : *at(0) <= t && t <= *at(spans_);
 }
 
-bool KnotRecord::reserve(int more) {
+void KnotRecord::reserve(int more) {
   const long long used = capacity_ == 0 ? 0 : knotCount(degree_, spans_);
   const long long needed = used + more;
-  if (needed > 0x7FFFFFFF) return false;
-  if (needed <= capacity_ && values_) return true;
-  const long long grown = std::min(std::max(needed, 2LL * capacity_), 0x7FFFFFFFLL);
-  auto values = detail::tryArray<double>(grown);
-  auto repeats = detail::tryArray<signed char>(grown);
-  if (!values || !repeats) return false;
+  if (needed <= capacity_ && values_) return;
+  if (needed > INT_MAX) throw std::bad_alloc();
+  const long long grown = std::clamp(2LL * capacity_, needed, static_cast<long long>(INT_MAX));
+  auto values = detail::newArray<double>(grown);
+  auto repeats = detail::newArray<signed char>(grown);
   std::copy_n(values_.get(), used, values.get());
   std::copy_n(repeats_.get(), used, repeats.get());
   values_ = std::move(values);
   repeats_ = std::move(repeats);
   capacity_ = static_cast<int>(grown);
-  return true;
 }
 
 int KnotRecord::insert(double t) {

@@ -6,10 +6,10 @@
 
 #include "kernel/storage.h"
 
-AP_MMBOX::AP_MMBOX(int size) : dim(size), min(nullptr), max(nullptr) {
-  min = knotwork::detail::tryArray<double>(2LL * size).release();
-  if (!min || dim < 1) dim = 0;
-  max = min + dim;
+AP_MMBOX::AP_MMBOX(int size)
+    : dim(std::max(size, 0)),
+      min(knotwork::detail::newArray<double>(2LL * dim).release()),
+      max(min + dim) {
   std::fill(min, max + dim, 0.0);
 }
 

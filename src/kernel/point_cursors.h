@@ -6,7 +6,8 @@
 
 namespace knotwork::detail {
 
-// Hands out the coordinates of a list's points in order; null where a node or its array is missing.
+/// Hands out the coordinates of a list's points in order; null where a node or its array is
+/// missing.
 class ListCursor {
  public:
   explicit ListCursor(ag_cnode* first) : node_(first) {}
@@ -22,8 +23,8 @@ class ListCursor {
   ag_cnode* node_;
 };
 
-// Hands out the coordinates of a grid's points in order, u row after u row of `cols` points; null
-// where a node or its array is missing, which ends the walk.
+/// Hands out the coordinates of a grid's points in order, u row after u row of `cols` points; null
+/// where a node or its array is missing, which ends the walk.
 class GridCursor {
  public:
   GridCursor(ag_snode* first, int cols) : row_(first), node_(first), cols_(cols), left_(cols) {}

@@ -9,7 +9,7 @@ namespace knotwork::detail {
 
 namespace {
 
-constexpr int kRows = 32;
+constexpr int kRows = 32;  // of Pascal's triangle kept; higher orders are hardly ever asked for
 
 struct Pascal {
   double row[kRows][kRows] = {};
@@ -31,20 +31,21 @@ double binomial(int n, int k) {
 }
 
 // kDim is the dimension where it is known at compile time, else 0.
-template <int kDim>
-void divideOut(double* out, int anyDim, int uOrder, int vOrder) {
+template <int kDim, class Number>
+void divideOut(Number* out, int anyDim, int uOrder, int vOrder) {
   const int dim = kDim != 0 ? kDim : anyDim;
   const auto block = [=](int i, int j) {
     return out + ((uOrder + std::ptrdiff_t{1}) * j + i) * (dim + 1);
   };
-  const double weight = out[dim];
+  const Number weight = out[dim];
+  // In rising order: what the sum takes from S has been divided by then.
   for (int j = 0; j <= vOrder; ++j) {
     for (int i = 0; i <= uOrder; ++i) {
-      double* const point = block(i, j);
+      Number* const point = block(i, j);
       for (int b = 0; b <= j; ++b) {
         for (int a = b == 0 ? 1 : 0; a <= i; ++a) {
-          const double factor = binomial(j, b) * binomial(i, a) * block(a, b)[dim];
-          const double* const lower = block(i - a, j - b);
+          const Number factor = binomial(j, b) * binomial(i, a) * block(a, b)[dim];
+          const Number* const lower = block(i - a, j - b);
           for (int c = 0; c < dim; ++c) point[c] -= factor * lower[c];
         }
       }
@@ -55,7 +56,8 @@ void divideOut(double* out, int anyDim, int uOrder, int vOrder) {
 
 }  // namespace
 
-void quotientRule(double* out, int dim, int uOrder, int vOrder) {
+template <class Number>
+void quotientRule(Number* out, int dim, int uOrder, int vOrder) {
   switch (dim) {
     case 2:
       return divideOut<2>(out, dim, uOrder, vOrder);
@@ -65,5 +67,8 @@ void quotientRule(double* out, int dim, int uOrder, int vOrder) {
       return divideOut<0>(out, dim, uOrder, vOrder);
   }
 }
+
+template void quotientRule(double*, int, int, int);
+template void quotientRule(Bounded*, int, int, int);
 
 }  // namespace knotwork::detail

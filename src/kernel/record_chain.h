@@ -2,6 +2,8 @@
 // Walking the chains of kernel records: reading trusts no count, writing shares repeated knots.
 #pragma once
 
+#include <utility>
+
 #include "knotwork/kernel/knot_record.h"
 #include "knotwork/platform/kernel/builders.h"
 
@@ -25,6 +27,26 @@ void readKnots(const Node* node, Node* Node::*next, double* Node::*value, double
                int count) {
   for (int k = 0; k < count; ++k, node = node->*next) knots[k] = *(node->*value);
 }
+
+/// A record that the kernel built, until it is handed out; null where the kernel had no memory. A
+/// kernel may also throw while the record is filled.
+template <class Record, void (*kRelease)(Record*)>
+class OwnedRecord {
+ public:
+  explicit OwnedRecord(Record* record) : record_(record) {}
+  OwnedRecord(const OwnedRecord&) = delete;
+  OwnedRecord& operator=(const OwnedRecord&) = delete;
+  ~OwnedRecord() {
+    if (record_) kRelease(record_);
+  }
+
+  Record* operator->() const { return record_; }
+  Record* get() const { return record_; }
+  Record* release() { return std::exchange(record_, nullptr); }
+
+ private:
+  Record* record_;
+};
 
 /// Gives the nodes of a chain their values: repeated knots share the cell of their predecessor.
 /// @return false if the chain ends early or a cell cannot be had.

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 // AP_SPLINE: construction, access, evaluation, knot insertion and printing.
+//
+// A point is a combination of the degree + 1 control points of its span. The triangular scheme
+// gives the weights of all orders at once, from the nearer end of the span; for a rational curve
+// they combine the coordinates times their weight, and the quotient rule divides at the end.
 #include "knotwork/kernel/spline.h"
 
 #include <algorithm>
 
 #include "kernel/knot_insertion.h"
+#include "kernel/number_text.h"
 #include "kernel/quotient_rule.h"
 #include "kernel/storage.h"
 #include "kernel/triangular_scheme.h"
@@ -13,9 +18,13 @@ using namespace knotwork::detail;
 
 namespace {
 
+// Control points by which storage grows: knots are mostly inserted one by one, and most of them
+// then find room.
 constexpr int kGrowBy = 8;
 
-const AP_SPLINE* current = nullptr;  // the curve whose member eval() ran last
+// The static eval() takes the curve whose member eval() ran last, and keeps its results in an area
+// that all curves share.
+const AP_SPLINE* current = nullptr;
 ResultArea area;
 
 }  // namespace
@@ -27,14 +36,14 @@ AP_SPLINE::AP_SPLINE(int dim, int degree, int spans, AP_RATIONALITY rationality)
       type_(),
       knots_(dim < 0 ? -1 : degree, spans),
       growBy_(kGrowBy) {
-  if (Count() < 1 || !allocate(Count(), Coords(), schemeDoubles(degree))) knots_.clear();
+  if (Count() > 0) allocate(Count(), Coords(), schemeNumbers(degree));
 }
 
 AP_SPLINE::AP_SPLINE(const AP_SPLINE& other)
     : AP_SPLINE(other.dim_, other.Degree(), other.Spans(), other.rationality_) {
   form_ = other.form_;
   type_ = other.type_;
-  if (Count() != other.Count()) return;  // no memory: the empty curve
+  if (Count() == 0) return;
   knots_.assign(other.knots_.at(knots_.first()), knots_.last() - knots_.first() + 1);
   std::copy_n(other.cv_, static_cast<std::ptrdiff_t>(Count()) * Coords(), cv_);
 }
@@ -77,7 +86,7 @@ void AP_SPLINE::make_cnodes() {
 
 AP_CNODE* AP_SPLINE::node0() {
   make_cnodes();
-  return nodes_ && Count() > 0 ? &nodes_[0] : nullptr;
+  return Count() > 0 ? &nodes_[0] : nullptr;
 }
 
 AP_CNODE* AP_SPLINE::noden() {
@@ -92,6 +101,7 @@ void AP_SPLINE::eval(double* out, double t, int nderiv) const {
   if (nderiv < 0) return;
   const std::ptrdiff_t coords = Coords();
   const int m = Degree();
+  // Orders above the degree are zeros; the quotient rule makes something of them.
   const int orders = Spans() < 1 ? 0 : std::min(nderiv, m) + 1;
   if (orders > 0) {
     const NearEnd end = nearEnd(knots_, t);
@@ -108,7 +118,7 @@ double* AP_SPLINE::eval(double t, int nderiv) {
   if (!current || nderiv < 0) return nullptr;
   const long long rows = std::max(current->Degree(), nderiv) + 1LL;
   double* const out = area.take(rows * current->Coords());
-  if (out) current->eval(out, t, nderiv);
+  current->eval(out, t, nderiv);
   return out;
 }
 
@@ -116,11 +126,11 @@ int AP_SPLINE::insert(double t, int mult) {
   if (!knots_.contains(t)) return -1;
   const int s = knots_.span(t) + 1;
   if (mult < 1) return s;
+  // All storage before the first change: what throws leaves the curve as it was.
   const long long needed = static_cast<long long>(Count()) + mult;
-  if (!knots_.reserve(mult) ||
-      !reserve(needed, Count(), Coords(), growBy_, schemeDoubles(Degree())))
-    return -1;
-  nodes_.reset();
+  knots_.reserve(mult);
+  reserve(needed, Coords(), growBy_, schemeNumbers(Degree()));
+  nodes_.reset();  // they link the points that were
   for (int k = 0; k < mult; ++k) insertOnce(t);
   return s;
 }
@@ -149,11 +159,14 @@ void AP_SPLINE::print(std::FILE* file) const {
   if (!file) return;
   std::fputs("Knots: ", file);
   for (int k = knots_.first(); k <= knots_.last(); ++k) {
-    std::fprintf(file, " %4.2f%c", knots_(k), knots_.repeats(k) ? '=' : ' ');
+    printNumber(file, knots_(k), std::chars_format::fixed, 4, 2);
+    std::fputc(knots_.repeats(k) ? '=' : ' ', file);
   }
   std::fputs("\n", file);
   for (int i = 0; i < Count(); ++i) {
-    for (int c = 0; c < Coords(); ++c) std::fprintf(file, " %10.3e", (*this)[i][c]);
+    for (int c = 0; c < Coords(); ++c) {
+      printNumber(file, (*this)[i][c], std::chars_format::scientific, 10, 3);
+    }
     std::fputs("\n", file);
   }
   std::fputs("\n", file);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// AP_SPLINE from and to the kernel's curve records.
+// AP_SPLINE from and to the curve records of the host's spline kernel.
 #include "kernel/record_chain.h"
 #include "kernel/storage.h"
 #include "knotwork/kernel/spline.h"
@@ -27,11 +27,7 @@ AP_SPLINE::AP_SPLINE(const ag_spline* s)
   if (Count() == 0) return;
   form_ = static_cast<AP_FORM>(ag_get_form_bs(s));
   type_ = static_cast<AP_TYPE>(s->type);
-  const auto knots = tryArray<double>(knotCount(knots_));
-  if (!knots) {
-    knots_.clear();
-    return;
-  }
+  const auto knots = newArray<double>(knotCount(knots_));
   readKnots(AGI_getFirstNode(s), &ag_knode::next, &ag_knode::t, knots.get(), knotCount(knots_));
   knots_.assign(knots.get(), knotCount(knots_));
   const ag_cnode* node = s->first;
@@ -39,16 +35,15 @@ AP_SPLINE::AP_SPLINE(const ag_spline* s)
 }
 
 ag_spline* AP_SPLINE::AGLIB() const {
-  ag_spline* const s =
-      ag_bld_bs(dim_, nullptr, nullptr, type_, Degree(), Spans(), rationality_, form_);
-  if (!s) return nullptr;
-  if (!writeKnots(AGI_getFirstNode(s), &ag_knode::next, &ag_knode::t, knots_)) {
-    ag_rel_bs(s);
+  if (Count() == 0) return nullptr;
+  OwnedRecord<ag_spline, ag_rel_bs> s(
+      ag_bld_bs(dim_, nullptr, nullptr, type_, Degree(), Spans(), rationality_, form_));
+  if (!s.get() || !writeKnots(AGI_getFirstNode(s.get()), &ag_knode::next, &ag_knode::t, knots_)) {
     return nullptr;
   }
   ag_cnode* node = s->first;
   for (int i = 0; node && i < Count(); ++i, node = node->next) {
     ag_V_copy((*this)[i], node->p, Coords());
   }
-  return s;
+  return s.release();
 }

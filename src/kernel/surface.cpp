@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 // AP_SURFACE: construction, access, evaluation, knot insertion and printing.
+//
+// A knot more in v is a row of control points more, so the rows are what Boehm's rule blends. A
+// knot more in u is a point more in every row: rows move apart, the last one first, and each is
+// blended on its own.
 #include "knotwork/kernel/surface.h"
 
 #include <algorithm>
 #include <climits>
 
 #include "kernel/knot_insertion.h"
+#include "kernel/number_text.h"
 #include "kernel/quotient_rule.h"
 #include "kernel/storage.h"
-#include "kernel/triangular_scheme.h"
+#include "kernel/tensor_product.h"
 
 using namespace knotwork::detail;
 using knotwork::KnotRecord;
@@ -20,9 +25,14 @@ constexpr int kGrowBy = 64;
 const AP_SURFACE* current = nullptr;  // the surface whose member eval() ran last
 ResultArea area;
 
+void printScientific(std::FILE* file, double x) {
+  printNumber(file, x, std::chars_format::scientific, 10, 3);
+}
+
 void printKnots(std::FILE* file, const KnotRecord& knots) {
   for (int k = knots.first(); k <= knots.last(); ++k) {
-    std::fprintf(file, " %10.3e%c", knots(k), knots.repeats(k) ? '*' : ' ');
+    printScientific(file, knots(k));
+    std::fputc(knots.repeats(k) ? '*' : ' ', file);
   }
 }
 
@@ -51,10 +61,12 @@ AP_SURFACE::AP_SURFACE(int dim, int uDegree, int vDegree, int uSpans, int vSpans
       uKnots_(isSurface(dim, uDegree, vDegree, uSpans, vSpans) ? uDegree : -1, uSpans),
       vKnots_(uCount() > 0 ? vDegree : -1, vSpans),
       growBy_(kGrowBy) {
-  if (points() > 0 && allocate(points(), Coords(), schemeDoubles(std::max(uDegree, vDegree))))
-    return;
-  uKnots_.clear();
-  vKnots_.clear();
+  if (points() > 0) {
+    allocate(points(), Coords(), schemeNumbers(std::max(uDegree, vDegree)));
+  } else {
+    uKnots_.clear();
+    vKnots_.clear();
+  }
 }
 
 AP_SURFACE::AP_SURFACE(const AP_SURFACE& other)
@@ -135,7 +147,7 @@ void AP_SURFACE::make_snodes() {
 
 AP_SNODE* AP_SURFACE::node0() {
   make_snodes();
-  return nodes_ && points() > 0 ? &nodes_[0] : nullptr;
+  return points() > 0 ? &nodes_[0] : nullptr;
 }
 
 AP_SNODE* AP_SURFACE::noden() {
@@ -149,7 +161,6 @@ AP_MMBOX& AP_SURFACE::Box(int force) {
 
 bool AP_SURFACE::isEmpty() const { return uSpans() < 1 || vSpans() < 1; }
 
-// In v first, on whole stretches of u control points, whose derivatives stand behind the results.
 void AP_SURFACE::eval(double* out, double u, double v, int nderiv) const {
   current = this;
   if (nderiv < 0) return;
@@ -157,36 +168,30 @@ void AP_SURFACE::eval(double* out, double u, double v, int nderiv) const {
   const std::ptrdiff_t orders = nderiv + std::ptrdiff_t{1};
   std::fill_n(out, orders * orders * coords, 0.0);
   if (isEmpty()) return;
-  const int stretch = (uDegree() + 1) * Coords();
+  const Direction inU(uKnots_, u, nderiv), inV(vKnots_, v, nderiv);
   double* const rows = out + (std::max(uDegree(), nderiv) + 1) * orders * coords;
-  const NearEnd uEnd = nearEnd(uKnots_, u);
-  const NearEnd vEnd = nearEnd(vKnots_, v);
-  const Rows grid(index(vEnd.span, uEnd.span), uCount() * coords, vDegree(), vEnd);
-  forEachOrder(spare(), vDegree(), vEnd, v, nderiv, [&](int q, const double* weights) {
-    combine(grid, q, weights, rows + q * stretch, stretch, vDegree());
-  });
-  forEachOrder(spare(), uDegree(), uEnd, u, nderiv, [&](int q, const double* weights) {
-    for (int j = 0; j <= std::min(nderiv, vDegree()); ++j) {
-      const Rows row(rows + j * stretch, coords, uDegree(), uEnd);
-      combine(row, q, weights, out + (j * orders + q) * coords, Coords(), uDegree());
-    }
-  });
+  evaluateTensorProduct(index(inV.end.span, inU.end.span), uCount() * coords, Coords(), inU, inV,
+                        spare(), rows, out);
   if (coords > dim_) quotientRule(out, dim_, nderiv, nderiv);
 }
 
 double* AP_SURFACE::eval(double u, double v, int nderiv) {
   if (!current || nderiv < 0) return nullptr;
   double* const out = area.take(current->workspace(nderiv));
-  if (out) current->eval(out, u, v, nderiv);
+  current->eval(out, u, v, nderiv);
   return out;
 }
 
-// Makes room for `mult` knots more, each of which brings `perKnot` control points.
+// Makes room for `mult` knots more, each of which brings `perKnot` control points. Returns whether
+// t can be inserted.
 bool AP_SURFACE::reserveInsertion(KnotRecord& knots, double t, int mult, long long perKnot) {
-  return !isEmpty() && knots.contains(t) &&
-         (mult < 1 ||
-          (knots.reserve(mult) && reserve(points() + mult * perKnot, points(), Coords(), growBy_,
-                                          schemeDoubles(std::max(uDegree(), vDegree())))));
+  if (isEmpty() || !knots.contains(t)) return false;
+  if (mult > 0) {
+    knots.reserve(mult);
+    reserve(points() + mult * perKnot, Coords(), growBy_,
+            schemeNumbers(std::max(uDegree(), vDegree())));
+  }
+  return true;
 }
 
 int AP_SURFACE::uinsert(double t, int mult) {
@@ -246,7 +251,7 @@ void AP_SURFACE::print(std::FILE* file) const {
   std::fputs("\n\n", file);
   for (int i = 0; i < vCount(); ++i) {
     for (int c = 0; c < Coords(); ++c) {
-      for (int j = 0; j < uCount(); ++j) std::fprintf(file, " %10.3e", index(i, j)[c]);
+      for (int j = 0; j < uCount(); ++j) printScientific(file, index(i, j)[c]);
       std::fputs("\n", file);
     }
     std::fputs("\n", file);

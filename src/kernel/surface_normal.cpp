@@ -1,176 +1,305 @@
 // SPDX-License-Identifier: MIT
-// Surface normals, poles included: where a partial vanishes on a border, the first term of the
-// expansion of Su x Sv into the domain that does not vanish gives the limit.
+// Unit normals Su x Sv of surfaces in space, poles included.
+//
+// Zero or small? A partial that vanishes comes out as rounding, and rounding is no direction. How
+// large it may be is known only from the sums themselves: each leg of the control net enters with a
+// weight that has the knot distance which the leg bridges in its denominator, and knots may lie one
+// rounding apart or nine powers of ten. So where that is in question, the partials are evaluated by
+// the steps of eval() in numbers that carry the bound of their rounding (bounded.h); a vector that
+// is no longer than its bound counts as zero, any other as a direction.
+//
+// Poles. On a border where one of the partials vanishes, let h be the way into the domain and D the
+// derivative across the border; an upper border is left against D. Then
+//   Su x Sv = sum over q of (+-h)^q c_q / q!,
+//   c_q = sum over a + b = q of C(q, a) (D^a Su) x (D^b Sv),
+// and the unit normal tends to the direction of the first c_q that is not zero. Times the third
+// power of the weight, Su x Sv is a polynomial in h of degree 3 m - 1 at most, m being the degree
+// across: if the c_q vanish so far, they all do.
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <vector>
 
-#include "kernel/span_search.h"
+#include "kernel/quotient_rule.h"
 #include "kernel/storage.h"
+#include "kernel/tensor_product.h"
+#include "kernels/square_root.h"
 #include "knotwork/kernel/surface.h"
+#include "knotwork/kernel/surface_direction.h"
 
 using namespace knotwork::detail;
 using knotwork::KnotRecord;
 
 namespace {
 
-// A partial below this share of what the control net's legs could give is rounding; so is the sine
-// of an angle between two partials.
-constexpr double kNoise = 256 * std::numeric_limits<double>::epsilon();
+constexpr double kEps = std::numeric_limits<double>::epsilon();
 
-struct Vec3 {
-  double x = 0.0, y = 0.0, z = 0.0;
+// The control points of a pole were computed: each is a product with its weight, mostly after some
+// transformation. So many roundings are granted to them, relative to their size.
+constexpr double kPoleError = 4 * kEps;
+
+// In spans from a pole, within which its normal is taken for that of the point. The normal changes
+// by the order of that distance, while the partial that shrinks towards the pole is off by the
+// order of kEps over it; here the two are alike.
+constexpr double kNear = 0x1p-26;
+
+// The share of what its terms could give, above which a partial is neither rounding, at most some
+// hundred kEps, nor next to a pole, where the degree times kNear is all that is left of it.
+constexpr double kClear = 0x1p-20;
+
+template <class Number>
+struct Vector {
+  Number x, y, z;
 };
 
-Vec3 cross(const Vec3& a, const Vec3& b) {
+template <class Number>
+Vector<Number> operator+(const Vector<Number>& a, const Vector<Number>& b) {
+  return {a.x + b.x, a.y + b.y, a.z + b.z};
+}
+
+template <class Number>
+Vector<Number> operator*(double factor, const Vector<Number>& a) {
+  return {factor * a.x, factor * a.y, factor * a.z};
+}
+
+template <class Number>
+Vector<Number> cross(const Vector<Number>& a, const Vector<Number>& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
-double size(const Vec3& a) { return std::hypot(a.x, a.y, a.z); }
-
-Vec3 scaled(const Vec3& a, double factor) { return {a.x * factor, a.y * factor, a.z * factor}; }
-
-Vec3 sum(const Vec3& a, const Vec3& b) { return {a.x + b.x, a.y + b.y, a.z + b.z}; }
-
-// Which border of the domain t lies on, or too near to for a partial that vanishes there to be
-// seen: -1 the lower one, 1 the upper one, 0 none.
-int border(const KnotRecord& knots, double t) {
-  if (knots.degree() == 0) return 0;
-  const int j = knots.span(t);
-  const double near = kNoise * (knots(j + 1) - knots(j));
-  if (t <= knots(0) + near) return -1;
-  return t >= knots(knots.spans()) - near ? 1 : 0;
+template <class Number>
+double length(const Vector<Number>& a) {
+  return lengthOf(valueOf(a.x), valueOf(a.y), valueOf(a.z));
 }
 
-// How fast derivatives of one direction may grow per order: degree over span.
-double growth(const KnotRecord& knots, double t) {
-  if (knots.degree() == 0) return 0.0;
-  const int j = knots.span(t);
-  return knots.degree() / (knots(j + 1) - knots(j));
+// Times a power of two, without rounding.
+Vector<Bounded> scaled(const Vector<Bounded>& a, int exponent) {
+  const auto scale = [exponent](const Bounded& x) {
+    return Bounded(std::scalbn(x.value, exponent), std::scalbn(x.error, exponent));
+  };
+  return {scale(a.x), scale(a.y), scale(a.z)};
 }
 
-// The longest leg of the control net at (u, v) in one direction. A change of weight counts as what
-// it moves the surface point by.
-// @param point  the surface point there, and its weight.
-double longestLeg(const AP_SURFACE& s, double u, double v, bool alongV, const double* point) {
-  const int row = s.vKnots().span(v), column = s.uKnots().span(u);
-  const int rows = s.vDegree() + !alongV, columns = s.uDegree() + alongV;
-  const bool rational = s.Coords() > 3;
-  const double far = std::max({std::abs(point[0]), std::abs(point[1]), std::abs(point[2])});
-  double longest = 0.0;
-  for (int i = row; i < row + rows; ++i) {
-    for (int j = column; j < column + columns; ++j) {
-      const double *const p = s.index(i, j), *const next = s.index(i + alongV, j + !alongV);
-      for (int c = 0; c < 3; ++c) longest = std::max(longest, std::abs(next[c] - p[c]));
-      if (rational) longest = std::max(longest, far * std::abs(next[3] - p[3]));
-    }
-  }
-  return rational ? longest / std::abs(point[3]) : longest;
+// Whether the vector is no more than rounding, or no number.
+bool vanishes(const Vector<Bounded>& a) {
+  return !(length(a) > lengthOf(a.x.error, a.y.error, a.z.error));
 }
 
-// The partials at one point in units of the longest leg of their direction, so that no direction's
-// range and noise depend on the other's; those that are rounding alone are zero.
-class Partials {
- public:
-  Partials(const AP_SURFACE& s, double u, double v, int order, double* work)
-      : values_(work),
-        coords_(s.Coords()),
-        order_(order),
-        uGrowth_(growth(s.uKnots(), u)),
-        vGrowth_(growth(s.vKnots(), v)) {
-    s.eval(work, u, v, order);
-    uLeg_ = longestLeg(s, u, v, false, work);
-    vLeg_ = longestLeg(s, u, v, true, work);
-  }
+// A parameter pair, and the border that is meant: the direction that leads across it, and its side.
+struct Place {
+  double u, v;
+  TsurfaceDirection across = TsurfaceDirection::v;
+  bool upper = false;
 
-  /// The partial of order (i, j) of Su.
-  Vec3 su(int i, int j) const { return value(i + 1, j, uLeg_); }
-  /// The partial of order (i, j) of Sv.
-  Vec3 sv(int i, int j) const { return value(i, j + 1, vLeg_); }
-
- private:
-  Vec3 value(int i, int j, double leg) const {
-    const double* const p = values_ + (static_cast<std::ptrdiff_t>(order_ + 1) * j + i) * coords_;
-    const Vec3 v{p[0] / leg, p[1] / leg, p[2] / leg};
-    return size(v) > kNoise * std::pow(uGrowth_, i) * std::pow(vGrowth_, j) ? v : Vec3{};
-  }
-
-  const double* values_;
-  int coords_;
-  int order_;
-  double uGrowth_, vGrowth_;
-  double uLeg_, vLeg_;
+  bool inV() const { return across == TsurfaceDirection::v; }
 };
 
-// Su x Sv at unit length; zero if one is zero or they are parallel.
-Vec3 unitCross(const Vec3& su, const Vec3& sv) {
-  const double uSize = size(su), vSize = size(sv);
-  if (!(uSize > 0.0) || !(vSize > 0.0)) return {};
-  const Vec3 n = cross(scaled(su, 1.0 / uSize), scaled(sv, 1.0 / vSize));
-  const double sine = size(n);
-  return sine > kNoise ? scaled(n, 1.0 / sine) : Vec3{};
+// The partials at one place, in spans, with the bounds of their rounding.
+//
+// The direction along the border goes first: in rows that shrink to a point, its legs are zero, and
+// stay so; once the large numbers of a short span across are in, their rounding would remain.
+class Partials {
+ public:
+  // @param order      highest order across the border; along it, 1.
+  // @param dataError  what the control points are off by, relative to their size.
+  Partials(const AP_SURFACE& s, const Place& place, int order, double dataError)
+      : inV_(place.inV()),
+        along_(inV_ ? s.uKnots() : s.vKnots(), inV_ ? place.u : place.v, 1),
+        across_(inV_ ? s.vKnots() : s.uKnots(), inV_ ? place.v : place.u, order),
+        coords_(s.Coords()),
+        values_(size(2 * (order + 1), coords_)) {
+    std::vector<Bounded> net;
+    for (int i = along_.end.span; i <= along_.end.span + along_.degree; ++i) {
+      for (int j = across_.end.span; j <= across_.end.span + across_.degree; ++j) {
+        const double* const p = inV_ ? s.index(j, i) : s.index(i, j);
+        for (int c = 0; c < coords_; ++c) net.emplace_back(p[c], dataError * std::abs(p[c]));
+      }
+    }
+    const int stretch = (across_.degree + 1) * coords_;
+    std::vector<Bounded> rows(size(2, stretch));
+    std::vector<Bounded> spare(
+        static_cast<std::size_t>(schemeNumbers(std::max(along_.degree, across_.degree))));
+    evaluateTensorProduct(net.data(), stretch, coords_, across_, along_, spare.data(), rows.data(),
+                          values_.data());
+    if (coords_ > 3) quotientRule(values_.data(), 3, order, 1);
+    alongUnit_ = spanExponent(inV_ ? s.uKnots() : s.vKnots(), along_);
+    acrossUnit_ = spanExponent(inV_ ? s.vKnots() : s.uKnots(), across_);
+  }
+
+  // Partials of order q across the border, of the surface and of its derivative along the border;
+  // exactly zero if they are no more than rounding.
+  Vector<Bounded> across(int q) const { return partial(0, q); }
+  Vector<Bounded> alongThenAcross(int q) const { return partial(1, q); }
+
+ private:
+  static std::size_t size(int a, int b) {
+    return static_cast<std::size_t>(a) * static_cast<std::size_t>(b);
+  }
+
+  // The length of the span, as a power of two.
+  static int spanExponent(const KnotRecord& knots, const Direction& d) {
+    if (d.degree == 0) return 0;
+    const double length = knots(d.end.span + 1) - knots(d.end.span);
+    return length > 0.0 && std::isfinite(length) ? std::ilogb(length) : 0;
+  }
+
+  Vector<Bounded> partial(int along, int across) const {
+    const Bounded* const p = &values_[size((across_.order + 1) * along + across, coords_)];
+    const Vector<Bounded> v = scaled({p[0], p[1], p[2]}, alongUnit_ * along + acrossUnit_ * across);
+    return vanishes(v) ? Vector<Bounded>{} : v;
+  }
+
+  bool inV_;
+  Direction along_, across_;
+  int coords_;
+  std::vector<Bounded> values_;  // order after order along the border
+  int alongUnit_, acrossUnit_;
+};
+
+// Scales vectors by one power of two, so that products of two families neither overflow nor vanish.
+void scaleToOne(std::vector<Vector<Bounded>>& family) {
+  double longest = 0.0;
+  for (const Vector<Bounded>& a : family) longest = std::max(longest, length(a));
+  if (!(longest > 0.0) || !std::isfinite(longest)) return;
+  const int exponent = std::ilogb(longest);
+  for (Vector<Bounded>& a : family) a = scaled(a, -exponent);
 }
 
-// The limit of the unit normal for h -> 0 from inside, h being the way from a border into v (or u):
-// Su x Sv = sum over q of h^q c_q, c_q = sum over a + b = q of (D^a Su / a!) x (D^b Sv / b!).
-Vec3 limit(const Partials& s, bool alongV, int side, int orders) {
-  for (int q = 1; q < orders; ++q) {
-    Vec3 c;
-    double reach = 0.0;
-    double binomial = 1.0;  // q! / (a! b!); the common factor q! changes no direction
+// The direction of the first c_q that is more than rounding, q <= last, as it counts for the way
+// into the domain; zero if there is none. c_0 is Su x Sv itself.
+Vector<Bounded> firstTerm(const AP_SURFACE& s, const Place& place, int last, double dataError) {
+  const Partials partials(s, place, last + 1, dataError);
+  std::vector<Vector<Bounded>> along, across;
+  for (int a = 0; a <= last; ++a) {
+    along.push_back(partials.alongThenAcross(a));
+    across.push_back(partials.across(a + 1));
+  }
+  scaleToOne(along);
+  scaleToOne(across);
+  for (int q = 0; q <= last; ++q) {
+    Vector<Bounded> c;
+    double binomial = 1.0;
     for (int a = 0; a <= q; binomial = binomial * (q - a) / (a + 1), ++a) {
-      const int b = q - a;
-      const Vec3 su = alongV ? s.su(0, a) : s.su(a, 0);
-      const Vec3 sv = alongV ? s.sv(0, b) : s.sv(b, 0);
-      c = sum(c, scaled(cross(su, sv), binomial));
-      reach += binomial * size(su) * size(sv);
+      const auto i = static_cast<std::size_t>(a), j = static_cast<std::size_t>(q - a);
+      c = c + binomial * cross(along[i], across[j]);
     }
-    const double length = size(c);
-    if (length > kNoise * reach) return scaled(c, (side > 0 && q % 2 ? -1.0 : 1.0) / length);
+    if (vanishes(c)) continue;
+    const bool backwards = place.upper && q % 2;
+    return (place.inV() != backwards ? 1.0 : -1.0) * c;  // along x across is Su x Sv, or Sv x Su
   }
   return {};
 }
 
-Vec3 poleNormal(const AP_SURFACE& s, double u, double v) {
-  const int orders = std::max({s.uDegree(), s.vDegree(), 1}) + 1;
-  const auto work = tryArray<double>(s.workspace(orders));
-  if (!work) return {};
-  const Partials partials(s, u, v, orders, work.get());
-  Vec3 n;
-  const int vSide = border(s.vKnots(), v), uSide = border(s.uKnots(), u);
-  if (vSide) n = limit(partials, true, vSide, orders);
-  if (uSide && size(n) == 0.0) n = limit(partials, false, uSide, orders);
-  return n;
+// The end of the domain that t lies on or next to.
+struct Border {
+  bool found = false;
+  bool upper = false;
+  double at = 0.0;
+};
+
+Border borderAt(const KnotRecord& knots, double t) {
+  if (knots.degree() == 0) return {};
+  const double first = knots(0), last = knots(knots.spans());
+  const int j = knots.span(t);
+  const double near = kNear * (knots(j + 1) - knots(j));
+  if (std::abs(t - first) <= near) return {true, false, first};
+  return {std::abs(t - last) <= near, true, last};
 }
 
-Vec3 normalAt(const AP_SURFACE& s, double u, double v, double* point) {
-  double small[256];
-  std::unique_ptr<double[]> large;
-  double* work = small;
-  if (s.workspace(1) > 256) {
-    large = tryArray<double>(s.workspace(1));
-    if (!(work = large.get())) return {};
+// The pole next to (u, v), on a border that one direction leads across, if there is one there.
+struct Pole {
+  bool found = false;
+  bool shrunkenBorder = false;  // the border itself shrinks to a point, not the rows next to it
+  Place at{};
+};
+
+Pole poleOn(const AP_SURFACE& s, double u, double v, TsurfaceDirection across) {
+  const bool inV = across == TsurfaceDirection::v;
+  const Border border = inV ? borderAt(s.vKnots(), v) : borderAt(s.uKnots(), u);
+  if (!border.found) return {};
+  const Place at{inV ? u : border.at, inV ? border.at : v, across, border.upper};
+  const Partials partials(s, at, 1, kPoleError);
+  const bool alongVanishes = vanishes(partials.alongThenAcross(0));
+  const bool acrossVanishes = vanishes(partials.across(1));
+  return {alongVanishes != acrossVanishes, alongVanishes, at};
+}
+
+// The limit of the normal at a pole; zero where there is none.
+Vector<Bounded> poleNormal(const AP_SURFACE& s, double u, double v) {
+  std::array<Pole, 2> poles{poleOn(s, u, v, TsurfaceDirection::v),
+                            poleOn(s, u, v, TsurfaceDirection::u)};
+  // From a corner the way leads across the border that shrinks; along it all is rounding.
+  if (poles[1].found && poles[1].shrunkenBorder) std::swap(poles[0], poles[1]);
+  for (const Pole& pole : poles) {
+    if (!pole.found) continue;
+    const int m = pole.at.inV() ? s.vDegree() : s.uDegree();
+    for (const int last : {1, 3 * m - 1}) {  // the first term is enough but for odd poles
+      const Vector<Bounded> n = firstTerm(s, pole.at, last, kPoleError);
+      if (!vanishes(n)) return n;
+    }
   }
-  const Partials partials(s, u, v, 1, work);
-  if (point) std::copy_n(work, 3, point);
-  const Vec3 su = partials.su(0, 0), sv = partials.sv(0, 0);
-  const bool oneVanishes = (size(su) == 0.0) != (size(sv) == 0.0);
-  return oneVanishes ? poleNormal(s, u, v) : unitCross(su, sv);
+  return {};
+}
+
+Vector<double> vectorAt(const double* p) { return {p[0], p[1], p[2]}; }
+
+// Degree over span j, the most that a derivative's weights add up to within the span.
+double growth(const KnotRecord& knots, int j, double t) {
+  if (knots.degree() == 0) return 0.0;
+  const bool within = knots(j) <= t && t <= knots(j + 1);
+  return within ? knots.degree() / (knots(j + 1) - knots(j))
+                : std::numeric_limits<double>::infinity();
+}
+
+// Whether rounding and poles are out of the question: a test that is cheap, and mostly true. The
+// terms of Su = (A_u - w_u S) / w, with A the coordinates times their weight w, are at most
+// growth (max |A| + |S| max w) / w.
+// @param out  point and partials, as eval() gives them.
+bool isClear(const AP_SURFACE& s, double u, double v, const double* out) {
+  const std::ptrdiff_t coords = s.Coords();
+  const int row = s.vKnots().span(v), column = s.uKnots().span(u);
+  double farthest = 0.0, heaviest = 0.0;
+  for (int i = row; i <= row + s.vDegree(); ++i) {
+    const double* p = s.index(i, column);
+    for (int j = 0; j <= s.uDegree(); ++j, p += coords) {
+      for (int c = 0; c < 3; ++c) farthest = std::max(farthest, std::abs(p[c]));
+      if (coords > 3) heaviest = std::max(heaviest, std::abs(p[3]));
+    }
+  }
+  if (coords > 3) farthest = (farthest + length(vectorAt(out)) * heaviest) / std::abs(out[3]);
+  const Vector<double> su = vectorAt(out + coords), sv = vectorAt(out + 2 * coords);
+  const double uSize = length(su), vSize = length(sv);
+  return uSize > kClear * farthest * growth(s.uKnots(), column, u) &&
+         vSize > kClear * farthest * growth(s.vKnots(), row, v) &&
+         length(cross(su, sv)) > kClear * uSize * vSize;
+}
+
+// A normal of any length; zero where there is none.
+// @param out  point and partials, as eval() gives them.
+Vector<double> normalAt(const AP_SURFACE& s, double u, double v, const double* out) {
+  if (isClear(s, u, v, out)) {
+    const std::ptrdiff_t coords = s.Coords();
+    return cross(vectorAt(out + coords), vectorAt(out + 2 * coords));
+  }
+  Vector<Bounded> n = poleNormal(s, u, v);
+  if (vanishes(n)) n = firstTerm(s, {u, v}, 0, 0.0);
+  return {n.x.value, n.y.value, n.z.value};
 }
 
 }  // namespace
 
 void AP_SURFACE::normal(double u, double v, double* point, double* normal) const {
-  if (dim_ == 3 && !isEmpty()) {
-    const Vec3 n = normalAt(*this, u, v, point);
-    normal[0] = n.x;
-    normal[1] = n.y;
-    normal[2] = n.z;
-    return;
-  }
+  Scratch<double, 256> out(workspace(1));
+  eval(out.data(), u, v, 1);
+  if (point) std::copy_n(out.data(), dim_, point);
   std::fill_n(normal, dim_, 0.0);
-  const auto work = tryArray<double>(workspace(0));
-  if (!point || !work) return;
-  eval(work.get(), u, v, 0);
-  std::copy_n(work.get(), dim_, point);
+  if (dim_ != 3 || isEmpty()) return;
+  const Vector<double> n = normalAt(*this, u, v, out.data());
+  const double size = length(n);
+  if (!(size > 0.0)) return;
+  normal[0] = n.x / size;
+  normal[1] = n.y / size;
+  normal[2] = n.z / size;
 }

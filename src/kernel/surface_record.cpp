@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// AP_SURFACE from and to the kernel's records: rows here are the v index, there the u index.
+// AP_SURFACE from and to the records of the host's spline kernel: rows here are the v index, there
+// the u index.
 #include "kernel/record_chain.h"
 #include "kernel/storage.h"
 #include "knotwork/kernel/surface.h"
@@ -32,14 +33,12 @@ bool isWhole(const ag_surface* s) {
 // An incomplete record asks for a surface that cannot be, which gives the empty one.
 int uDegreeOf(const ag_surface* s) { return isWhole(s) ? s->uDegree : -1; }
 
-bool takeKnots(const ag_sknode* first, ag_sknode* ag_sknode::*next, double* ag_sknode::*value,
+void takeKnots(const ag_sknode* first, ag_sknode* ag_sknode::*next, double* ag_sknode::*value,
                knotwork::KnotRecord& knots) {
   const int count = knotCount(knots);
-  const auto values = tryArray<double>(count);
-  if (!values) return false;
+  const auto values = newArray<double>(count);
   readKnots(first, next, value, values.get(), count);
   knots.assign(values.get(), count);
-  return true;
 }
 
 }  // namespace
@@ -49,12 +48,8 @@ AP_SURFACE::AP_SURFACE(const ag_surface* s, int)
                  s ? s->vSpans : 0, s ? s->uRational : 0, s ? s->vRational : 0) {
   if (points() == 0) return;
   const ag_sknode* const first = AGI_getFirstSurfaceNode(s);
-  if (!takeKnots(first, &ag_sknode::nextU, &ag_sknode::u, uKnots_) ||
-      !takeKnots(first, &ag_sknode::nextV, &ag_sknode::v, vKnots_)) {
-    uKnots_.clear();
-    vKnots_.clear();
-    return;
-  }
+  takeKnots(first, &ag_sknode::nextU, &ag_sknode::u, uKnots_);
+  takeKnots(first, &ag_sknode::nextV, &ag_sknode::v, vKnots_);
   SetForm(static_cast<AP_FORM>(s->uForm), static_cast<AP_FORM>(s->vForm));
   SetForm(static_cast<AP_TYPE>(s->type));
   const ag_snode* row = s->first;
@@ -66,13 +61,14 @@ AP_SURFACE::AP_SURFACE(const ag_surface* s, int)
 }
 
 ag_surface* AP_SURFACE::AGLIB() const {
-  ag_surface* const s = ag_bld_srf(dim_, nullptr, nullptr, type_, uDegree(), vDegree(), uSpans(),
-                                   vSpans(), uRationality_, vRationality_, uForm_, vForm_);
-  if (!s) return nullptr;
-  ag_sknode* const first = AGI_getFirstSurfaceNode(s);
+  if (points() == 0) return nullptr;
+  OwnedRecord<ag_surface, ag_rel_srf> s(ag_bld_srf(dim_, nullptr, nullptr, type_, uDegree(),
+                                                   vDegree(), uSpans(), vSpans(), uRationality_,
+                                                   vRationality_, uForm_, vForm_));
+  if (!s.get()) return nullptr;
+  ag_sknode* const first = AGI_getFirstSurfaceNode(s.get());
   if (!writeKnots(first, &ag_sknode::nextU, &ag_sknode::u, uKnots_) ||
       !writeKnots(first, &ag_sknode::nextV, &ag_sknode::v, vKnots_)) {
-    ag_rel_srf(s);
     return nullptr;
   }
   ag_snode* row = s->first;
@@ -82,5 +78,5 @@ ag_surface* AP_SURFACE::AGLIB() const {
       ag_V_copy(index(i, j), node->p, Coords());
     }
   }
-  return s;
+  return s.release();
 }

@@ -6,12 +6,14 @@
 #include "matrix/blocked_product.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace knotwork::detail {
 namespace {
 
 constexpr std::size_t kBlockDepth = 128;
 constexpr std::size_t kBlockRows = 128;
+constexpr std::size_t kChunk = 4;  // elements that are moved at once where they lie side by side
 
 // The panels of up to `width` rows of a block, one behind the other: element (i, p) of a panel is
 // panel[p * width + i]. Rows that the block has not are 0.
@@ -22,6 +24,12 @@ void packRows(std::size_t rows, std::size_t depth, Grid<const T> block, std::siz
     const std::size_t present = std::min(width, rows - first);
     for (std::size_t p = 0; p < depth; ++p) {
       T* column = panel + p * width;
+      if (present == width && block.rowStep == 1 && width % kChunk == 0) {
+        const T* from = &block(first, p);
+        for (std::size_t i = 0; i < width; i += kChunk)
+          std::memcpy(column + i, from + i, kChunk * sizeof(T));
+        continue;
+      }
       for (std::size_t i = 0; i < present; ++i) column[i] = block(first + i, p);
       std::fill(column + present, column + width, T{});
     }
@@ -53,7 +61,8 @@ void addTile(std::size_t depth, const T* a, const T* b, Grid<T> c, std::size_t r
     kernel.addTile(depth, a, b, c.start, c.colStep);
     return;
   }
-  T buffer[kMostTileRows * kMostTileCols] = {};
+  T buffer[kMostTileRows * kMostTileCols];
+  std::fill_n(buffer, kernel.tileRows * kernel.tileCols, T{});
   const Grid<T> tile{buffer, 1, static_cast<std::ptrdiff_t>(kernel.tileRows)};
   for (std::size_t j = 0; j < cols; ++j) std::copy_n(&c(0, j), rows, &tile(0, j));
   kernel.addTile(depth, a, b, buffer, tile.colStep);
@@ -83,16 +92,21 @@ void addBlock(std::size_t rows, std::size_t cols, std::size_t depth, const T* pa
 template <class T>
 void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<const T> a,
                     Grid<const T> b, T* c) {
+  blockedProduct(rows, cols, depth, a, b, Grid<T>{c, 1, static_cast<std::ptrdiff_t>(rows)});
+}
+
+template <class T>
+void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<const T> a,
+                    Grid<const T> b, Grid<T> c) {
   static_assert(kBlockRows % kMostTileRows == 0);
   if (cols == 0) return;
   alignas(64) T packedA[kBlockRows * kBlockDepth];
-  const Grid<T> result{c, 1, static_cast<std::ptrdiff_t>(rows)};
   for (std::size_t p = 0; p < depth; p += kBlockDepth) {
     const std::size_t deep = std::min(kBlockDepth, depth - p);
     for (std::size_t i = 0; i < rows; i += kBlockRows) {
       const std::size_t high = std::min(kBlockRows, rows - i);
       packRows(high, deep, a.from(i, p), productKernels<T>().tileRows, packedA);
-      addBlock(high, cols, deep, packedA, b.from(p, 0), result.from(i, 0));
+      addBlock(high, cols, deep, packedA, b.from(p, 0), c.from(i, 0));
     }
   }
 }
@@ -101,7 +115,7 @@ void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<
 template <class T>
 void addColumns(std::size_t rows, std::size_t depth, Grid<const T> a, Run<const T> x, T* y) {
   if (a.rowStep == 1 && x.stride == 1) {
-    productKernels<T>().addColumns(rows, depth, a.start, a.colStep, x.start, y);
+    columnKernels<T>().addColumns(rows, depth, a.start, a.colStep, x.start, y);
   } else {
     blockedProduct(rows, std::size_t{1}, depth, a, Grid<const T>{x.start, x.stride, 0}, y);
   }
@@ -110,7 +124,7 @@ void addColumns(std::size_t rows, std::size_t depth, Grid<const T> a, Run<const 
 template <class T>
 void addColumnDots(std::size_t depth, std::size_t cols, Run<const T> x, Grid<const T> a, T* y) {
   if (a.rowStep == 1 && x.stride == 1) {
-    productKernels<T>().addColumnDots(depth, cols, x.start, a.start, a.colStep, y);
+    columnKernels<T>().addColumnDots(depth, cols, x.start, a.start, a.colStep, y);
   } else {
     blockedProduct(cols, std::size_t{1}, depth, a.transposed(), Grid<const T>{x.start, x.stride, 0},
                    y);
@@ -119,6 +133,8 @@ void addColumnDots(std::size_t depth, std::size_t cols, Run<const T> x, Grid<con
 
 template void blockedProduct(std::size_t, std::size_t, std::size_t, Grid<const double>,
                              Grid<const double>, double*);
+template void blockedProduct(std::size_t, std::size_t, std::size_t, Grid<const double>,
+                             Grid<const double>, Grid<double>);
 template void blockedProduct(std::size_t, std::size_t, std::size_t, Grid<const int>,
                              Grid<const int>, int*);
 template void addColumns(std::size_t, std::size_t, Grid<const double>, Run<const double>, double*);

@@ -8,11 +8,11 @@
 
 #include <cstddef>
 
-#include "vector/kernels/kernels.h"
+#include "kernels/kernels.h"
 
 namespace knotwork::detail {
 
-// Element (i, j) is start[i * rowStep + j * colStep].
+/// Element (i, j) is start[i * rowStep + j * colStep].
 template <class T>
 struct Grid {
   T* start;
@@ -27,17 +27,23 @@ struct Grid {
   Grid transposed() const { return {start, colStep, rowStep}; }
 };
 
-// c += a b, where a is rows x depth, b depth x cols and c rows x cols, contiguous by columns and
-// apart from both. Takes no memory but stack.
+/// c += a b, where a is rows x depth, b depth x cols and c rows x cols, contiguous by columns and
+/// apart from both. Takes no memory but stack.
 template <class T>
 void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<const T> a,
                     Grid<const T> b, T* c);
 
-// y += a x, where a is rows x depth, x has `depth` elements and y, contiguous, is apart from both.
+/// The same for a c whose columns, each contiguous, are apart from each other.
+template <class T>
+void blockedProduct(std::size_t rows, std::size_t cols, std::size_t depth, Grid<const T> a,
+                    Grid<const T> b, Grid<T> c);
+
+/// y += a x, where a is rows x depth, x has `depth` elements and y, contiguous, is apart from both.
 template <class T>
 void addColumns(std::size_t rows, std::size_t depth, Grid<const T> a, Run<const T> x, T* y);
 
-// y += x' a, where a is depth x cols, x has `depth` elements and y, contiguous, is apart from both.
+/// y += x' a, where a is depth x cols, x has `depth` elements and y, contiguous, is apart from
+/// both.
 template <class T>
 void addColumnDots(std::size_t depth, std::size_t cols, Run<const T> x, Grid<const T> a, T* y);
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// General matrices of double.
+// General matrices of double: what hosts find by name. The work is done by the templates for both
+// element types (mat_functions.h) and by the vectors underneath.
 #include "knotwork/matrix/double_gen_mat.h"
 
 #include "knotwork/matrix/int_gen_mat.h"
@@ -7,7 +8,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::GenMatBase<DoubleGenMat, DoubleVec, double>;
+template class knotwork::GenMatBase<DoubleGenMat, DoubleVec, double>;
 
 const char DoubleGenMat::className[] = "DoubleGenMat";
 

@@ -4,7 +4,7 @@
 
 #include "matrix/gen_mat_pick_impl.h"
 
-template class knotwork::detail::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
+template class knotwork::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
 
 DoubleGenMatPick::DoubleGenMatPick(const DoubleGenMat& m, const IntVec& rows, const IntVec& cols)
     : GenMatPick(m, rows, cols) {}
@@ -24,10 +24,10 @@ DoubleGenMatPick DoubleGenMat::operator()(const IntVec& rows, const IntVec& cols
 
 DoubleGenMat::DoubleGenMat(const DoubleGenMatPick& pick)
     : DoubleGenMat(pick.rows(), pick.cols(), 0) {
-  knotwork::detail::copyShape(*this, pick);
+  pick.copyTo(*this);
 }
 
 DoubleGenMat& DoubleGenMat::operator=(const DoubleGenMatPick& pick) {
-  knotwork::detail::copyShape(*this, pick);
+  pick.copyTo(*this);
   return *this;
 }

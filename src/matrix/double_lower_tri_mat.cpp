@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Lower triangular matrices of double.
+// Lower triangular matrices of double: what hosts find by name. Element-wise operations are those
+// of the packed vectors, where the zeros that are not stored have no part.
 #include "knotwork/matrix/double_lower_tri_mat.h"
 
 #include "knotwork/matrix/double_upper_tri_mat.h"
@@ -7,7 +8,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::PackedMat<DoubleLowerTriMat, knotwork::detail::LowerPacking>;
+template class knotwork::PackedMat<DoubleLowerTriMat, knotwork::LowerPacking>;
 
 const char DoubleLowerTriMat::className[] = "DoubleLowerTriMat";
 
@@ -53,12 +54,12 @@ DoubleUpperTriMat transpose(const DoubleLowerTriMat& m) {
 
 DoubleVec product(const DoubleLowerTriMat& m, const DoubleVec& v) {
   detail::checkProduct(m, v);
-  return detail::packedProduct(m, v, detail::PackedTerms::kRowDots);
+  return detail::timesLower(m, v);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleLowerTriMat& m) {
   detail::checkProduct(v, m);
-  return detail::packedProduct(m, v, detail::PackedTerms::kRowSums);
+  return detail::lowerTimes(v, m);
 }
 
 std::ostream& operator<<(std::ostream& out, const DoubleLowerTriMat& m) {

@@ -6,7 +6,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::PackedMat<DoubleSymMat, knotwork::detail::SymmetricPacking>;
+template class knotwork::PackedMat<DoubleSymMat, knotwork::SymmetricPacking>;
 
 const char DoubleSymMat::className[] = "DoubleSymMat";
 
@@ -86,12 +86,12 @@ DoubleSymMat transpose(const DoubleSymMat& m) { return m; }
 
 DoubleVec product(const DoubleSymMat& m, const DoubleVec& v) {
   detail::checkProduct(m, v);
-  return detail::packedProduct(m, v, detail::PackedTerms::kBoth);
+  return detail::timesSymmetric(m, v);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleSymMat& m) {
   detail::checkProduct(v, m);
-  return detail::packedProduct(m, v, detail::PackedTerms::kBoth);
+  return detail::timesSymmetric(m, v);
 }
 
 std::ostream& operator<<(std::ostream& out, const DoubleSymMat& m) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Upper triangular matrices of double.
+// Upper triangular matrices of double: what hosts find by name. Element-wise operations are those
+// of the packed vectors, where the zeros that are not stored have no part.
 #include "knotwork/matrix/double_upper_tri_mat.h"
 
 #include "knotwork/matrix/double_lower_tri_mat.h"
@@ -7,7 +8,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::PackedMat<DoubleUpperTriMat, knotwork::detail::UpperPacking>;
+template class knotwork::PackedMat<DoubleUpperTriMat, knotwork::UpperPacking>;
 
 const char DoubleUpperTriMat::className[] = "DoubleUpperTriMat";
 
@@ -53,12 +54,12 @@ DoubleLowerTriMat transpose(const DoubleUpperTriMat& m) {
 
 DoubleVec product(const DoubleUpperTriMat& m, const DoubleVec& v) {
   detail::checkProduct(m, v);
-  return detail::packedProduct(m, v, detail::PackedTerms::kRowSums);
+  return detail::lowerTimes(v, m);
 }
 
 DoubleVec product(const DoubleVec& v, const DoubleUpperTriMat& m) {
   detail::checkProduct(v, m);
-  return detail::packedProduct(m, v, detail::PackedTerms::kRowDots);
+  return detail::timesLower(m, v);
 }
 
 std::ostream& operator<<(std::ostream& out, const DoubleUpperTriMat& m) {

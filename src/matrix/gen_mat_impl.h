@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Bodies of GenMatBase's members, for the sources of the two classes that instantiate it.
+//
+// A matrix is a vector, column by column, and two dimensions. What treats every element alike is
+// left to the vector; rows, columns and diagonals are slices of it with another stride. A matrix
+// made on a vector of the wrong length keeps it once that was reported, so what counts on all
+// elements takes `complete(m)`.
 #pragma once
 
 #include <algorithm>
@@ -8,7 +13,9 @@
 #include "matrix/mat_functions.h"
 #include "matrix/mat_text.h"
 
-namespace knotwork::detail {
+namespace knotwork {
+
+using namespace detail;  // the bodies' helpers
 
 // ---- Construction -------------------------------------------------------------------------------
 
@@ -234,4 +241,4 @@ void GenMatBase<Mat, Vec, T>::scanFrom(std::istream& in) {
   text.forEach([this](int i, int j, T x) { set(i, j, x); });
 }
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

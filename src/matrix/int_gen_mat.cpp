@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
-// General matrices of int.
+// General matrices of int: what hosts find by name. The work is done by the templates for both
+// element types (mat_functions.h) and by the vectors underneath.
 #include "knotwork/matrix/int_gen_mat.h"
 
 #include "matrix/gen_mat_impl.h"
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::GenMatBase<IntGenMat, IntVec, int>;
+template class knotwork::GenMatBase<IntGenMat, IntVec, int>;
 
 const char IntGenMat::className[] = "IntGenMat";
 

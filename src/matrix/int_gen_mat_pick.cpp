@@ -4,7 +4,7 @@
 
 #include "matrix/gen_mat_pick_impl.h"
 
-template class knotwork::detail::GenMatPick<IntGenMatPick, IntGenMat>;
+template class knotwork::GenMatPick<IntGenMatPick, IntGenMat>;
 
 IntGenMatPick::IntGenMatPick(const IntGenMat& m, const IntVec& rows, const IntVec& cols)
     : GenMatPick(m, rows, cols) {}
@@ -23,10 +23,10 @@ IntGenMatPick IntGenMat::operator()(const IntVec& rows, const IntVec& cols) {
 }
 
 IntGenMat::IntGenMat(const IntGenMatPick& pick) : IntGenMat(pick.rows(), pick.cols(), 0) {
-  knotwork::detail::copyShape(*this, pick);
+  pick.copyTo(*this);
 }
 
 IntGenMat& IntGenMat::operator=(const IntGenMatPick& pick) {
-  knotwork::detail::copyShape(*this, pick);
+  pick.copyTo(*this);
   return *this;
 }

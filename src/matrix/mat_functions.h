@@ -8,6 +8,7 @@
 #include "knotwork/vector/math_codes.h"
 #include "matrix/blocked_product.h"
 #include "vector/math_report.h"
+#include "vector/memory_watch.h"
 #include "vector/shared_block.h"
 #include "vector/vec_functions.h"
 
@@ -18,7 +19,7 @@ using VectorOf = typename Mat::vector_type;
 
 // ---- Shapes -------------------------------------------------------------------------------------
 
-// rows * cols; 0, with a report, if that is more than a vector can have.
+/// rows * cols; 0, with a report, if that is more than a vector can have.
 inline unsigned elementCount(unsigned rows, unsigned cols) {
   const auto count = static_cast<unsigned long long>(rows) * cols;
   if (count <= std::numeric_limits<unsigned>::max()) return static_cast<unsigned>(count);
@@ -31,15 +32,15 @@ bool sameShape(const A& a, const B& b) {
   return a.rows() == b.rows() && a.cols() == b.cols();
 }
 
-// Reports 0x4004 unless the shapes are equal.
+/// Reports 0x4004 unless the shapes are equal.
 template <class A, class B>
 void shapeCheck(const A& a, const B& b) {
   if (sameShape(a, b)) return;
   raiseMathErrorCode(kMatrixSizesDiffer, a.rows(), a.cols(), b.rows(), b.cols());
 }
 
-// The vector as a matrix of the given dimensions, shortened or filled up with 0 where a report of
-// differing sizes was survived, so that every element that the matrix claims exists.
+/// The vector as a matrix of the given dimensions, shortened or filled up with 0 where a report of
+/// differing sizes was survived, so that every element that the matrix claims exists.
 template <class Mat>
 Mat wrap(VectorOf<Mat> v, unsigned rows, unsigned cols) {
   const unsigned count = elementCount(rows, cols);
@@ -47,7 +48,7 @@ Mat wrap(VectorOf<Mat> v, unsigned rows, unsigned cols) {
   return v.length() == count ? Mat(v, rows, cols) : Mat();
 }
 
-// m, or where its vector is too short for its dimensions, a filled-up copy.
+/// m, or where its vector is too short for its dimensions, a filled-up copy.
 template <class Mat>
 Mat complete(const Mat& m) {
   const auto count = static_cast<unsigned long long>(m.rows()) * m.cols();
@@ -56,17 +57,20 @@ Mat complete(const Mat& m) {
 
 // ---- Element by element -------------------------------------------------------------------------
 
-// f of both element vectors as a matrix of a's dimensions.
+/// f of both element vectors as a matrix of a's dimensions; 0 x 0 where there was no memory for it.
 template <class Mat, class F>
 Mat combineMatrices(const Mat& a, const Mat& b, F f) {
   shapeCheck(a, b);
-  return wrap<Mat>(f(a.dataVec(), b.dataVec()), a.rows(), a.cols());
+  const MemoryWatch memory;
+  const VectorOf<Mat> v = f(a.dataVec(), b.dataVec());
+  return memory.ranOut() ? Mat() : wrap<Mat>(v, a.rows(), a.cols());
 }
 
-// The vector made of m's elements, as a matrix of m's dimensions.
+/// The vector made of m's elements, one of each, as a matrix of m's dimensions; 0 x 0 where there
+/// was no memory for it.
 template <class Mat>
 Mat shapedLike(const Mat& m, const VectorOf<Mat>& v) {
-  return wrap<Mat>(v, m.rows(), m.cols());
+  return v.length() < m.dataVec().length() ? Mat() : wrap<Mat>(v, m.rows(), m.cols());
 }
 
 // ---- Products -----------------------------------------------------------------------------------
@@ -78,29 +82,29 @@ auto gridOf(const Mat& m) {
                                     stride * static_cast<std::ptrdiff_t>(m.rows())};
 }
 
-// Reports 0x4014 unless m v exists.
+/// Reports 0x4014 unless m v exists.
 template <class Mat>
 void checkProduct(const Mat& m, const VectorOf<Mat>& v) {
   if (m.cols() == v.length()) return;
   raiseMathErrorCode(kNoMatrixVectorProduct, Mat::className, m.rows(), m.cols(), v.length());
 }
 
-// Reports 0x4015 unless v' m exists.
+/// Reports 0x4015 unless v' m exists.
 template <class Mat>
 void checkProduct(const VectorOf<Mat>& v, const Mat& m) {
   if (v.length() == m.rows()) return;
   raiseMathErrorCode(kNoVectorMatrixProduct, v.length(), Mat::className, m.rows(), m.cols());
 }
 
-// Reports 0x4016 unless the inner dimensions of a product are equal.
+/// Reports 0x4016 unless the inner dimensions of a product are equal.
 template <class Mat>
 void checkProduct(unsigned rows, unsigned leftDepth, unsigned rightDepth, unsigned cols) {
   if (leftDepth == rightDepth) return;
   raiseMathErrorCode(kNoMatrixProduct, Mat::className, rows, leftDepth, rightDepth, cols);
 }
 
-// The depth of dot products of two vectors: the shorter length. Where a report was survived, each
-// of the `count` dot products reports its lengths, too.
+/// The depth of dot products of two vectors: the shorter length. Where a report was survived, each
+/// of the `count` dot products reports its lengths, too.
 template <class Vec>
 unsigned dotDepth(unsigned count, unsigned left, unsigned right) {
   for (; left != right && count > 0; --count) {
@@ -109,7 +113,7 @@ unsigned dotDepth(unsigned count, unsigned left, unsigned right) {
   return std::min(left, right);
 }
 
-// a b for two grids, as a rows x cols matrix of dot products of vectors of the given lengths.
+/// a b for two grids, as a rows x cols matrix of dot products of vectors of the given lengths.
 template <class Mat>
 Mat productOf(unsigned rows, unsigned cols, unsigned left, unsigned right,
               Grid<const ElementOf<Mat>> a, Grid<const ElementOf<Mat>> b) {
@@ -171,7 +175,7 @@ Mat transpose(const Mat& matrix) {
   return result;
 }
 
-// rows or columns of a Kronecker product; more than fit are more than memory has
+/// Rows or columns of a Kronecker product; more than fit an integer are more than memory has.
 inline unsigned timesDimension(unsigned a, unsigned b) {
   const auto product = static_cast<unsigned long long>(a) * b;
   constexpr unsigned long long kMost = std::numeric_limits<unsigned>::max();

@@ -9,17 +9,18 @@
 #include "knotwork/matrix/packed_mat.h"
 #include "matrix/mat_functions.h"
 #include "matrix/mat_text.h"
+#include "vector/memory_watch.h"
 
 namespace knotwork::detail {
 
 // ---- Sizes --------------------------------------------------------------------------------------
 
-// n (n + 1) / 2, as far as it matters.
+/// n (n + 1) / 2, as far as it matters.
 inline unsigned long long packedCount(unsigned n) {
   return static_cast<unsigned long long>(n) * (static_cast<unsigned long long>(n) + 1) / 2;
 }
 
-// The length of an order's vector; 0, with a report, if that is more than a vector can have.
+/// The length of an order's vector; 0, with a report, if that is more than a vector can have.
 inline unsigned packedLength(unsigned n) {
   if (packedCount(n) <= std::numeric_limits<unsigned>::max()) {
     return static_cast<unsigned>(packedCount(n));
@@ -28,14 +29,14 @@ inline unsigned packedLength(unsigned n) {
   return 0;
 }
 
-// The order of a matrix asked for as rows x cols. Reports 0x400D unless they are equal.
+/// The order of a matrix asked for as rows x cols. Reports 0x400D unless they are equal.
 inline unsigned squareOrder(unsigned rows, unsigned cols) {
   if (rows != cols) raiseMathErrorCode(kMatrixNotSquare, rows, cols);
   return cols;
 }
 
-// The vector as a matrix of order n, shortened or filled up with 0 where a report of differing
-// sizes was survived.
+/// The vector as a matrix of order n, shortened or filled up with 0 where a report of differing
+/// sizes was survived.
 template <class Mat>
 Mat packed(DoubleVec v, unsigned n) {
   const unsigned length = packedLength(n);
@@ -43,31 +44,34 @@ Mat packed(DoubleVec v, unsigned n) {
   return v.length() == packedCount(n) ? Mat(v, n, n) : Mat();
 }
 
-// The elements of m as a matrix of another class; shared unless m's vector has the wrong length.
+/// The elements of m as a matrix of another class; shared unless m's vector has the wrong length.
 template <class Mat, class Other>
 Mat packedAs(const Other& m) {
   return packed<Mat>(m.dataVec(), m.rows());
 }
 
-// The vector made of m's elements, as a matrix of m's class and order.
+/// The vector made of m's elements, one of each, as a matrix of m's class and order; 0 x 0 where
+/// there was no memory for it.
 template <class Mat>
 Mat packedLike(const Mat& m, const DoubleVec& v) {
-  return packed<Mat>(v, m.rows());
+  return v.length() < m.dataVec().length() ? Mat() : packed<Mat>(v, m.rows());
 }
 
 template <class Mat, class F>
 Mat combinePacked(const Mat& a, const Mat& b, F f) {
   shapeCheck(a, b);
-  return packedLike(a, f(a.dataVec(), b.dataVec()));
+  const MemoryWatch memory;
+  const DoubleVec v = f(a.dataVec(), b.dataVec());
+  return memory.ranOut() ? Mat() : packed<Mat>(v, a.rows());
 }
 
-// m, or where its vector is too short for its order, a filled-up copy.
+/// m, or where its vector is too short for its order, a filled-up copy.
 template <class Mat>
 Mat completePacked(const Mat& m) {
   return m.dataVec().length() >= packedCount(m.rows()) ? m : packedAs<Mat>(m);
 }
 
-// Every element as `val` gives it.
+/// Every element as `val` gives it.
 template <class Mat>
 DoubleGenMat expanded(const Mat& packedMat) {
   const Mat m = completePacked(packedMat);
@@ -80,31 +84,87 @@ DoubleGenMat expanded(const Mat& packedMat) {
 
 // ---- Products with vectors ----------------------------------------------------------------------
 
-// Which terms of a product run over packed row r, elements (r, 0) to (r, r), of the lower triangle:
-// those of sum r (dots), those that element r of the vector adds to all sums before it (sums).
-enum class PackedTerms { kRowDots, kRowSums, kBoth };
+// Packed row r holds elements (r, 0) to (r, r) of a lower triangle L; seen as an upper one, column
+// r of its transpose; of a symmetric matrix S, what lies left of the diagonal and, mirrored, above
+// it. So a product of either kind of triangle from either side is one of two, L x or x' L, and that
+// of a symmetric matrix is L x with the part of x' L that lies above the diagonal. Each row is read
+// once, from the first one on; every element of a product is one running sum in index order.
 
-// Each element's terms are added in index order, whatever the terms.
+/// The operands, as long as the order says; what a report of differing sizes left missing is 0.
 template <class Mat>
-DoubleVec packedProduct(const Mat& packedMat, const DoubleVec& v, PackedTerms terms) {
-  const Mat m = completePacked(packedMat);
-  DoubleVec x = v;
-  if (x.length() < m.rows()) x.resize(m.rows());
-  DoubleVec y(std::min(m.rows(), x.length()), 0.0);
-  const DoubleVec& all = m.dataVec();
+struct PackedOperands {
+  PackedOperands(const Mat& packedMat, const DoubleVec& v) : m(completePacked(packedMat)), x(v) {
+    if (x.length() < m.rows()) x.resize(m.rows());
+  }
+
+  /// As many elements as there was memory for.
+  DoubleVec zeros() const { return DoubleVec(std::min(m.rows(), x.length()), 0.0); }
+
+  Run<const double> row(int r) const {
+    const auto stride = static_cast<std::ptrdiff_t>(m.dataVec().stride());
+    return {m.data() + LowerPacking::index(r, 0) * stride, stride};
+  }
+
+  const Mat m;
+  DoubleVec x;
+};
+
+/// sum + row[0] x[0] + ... + row[n - 1] x[n - 1]
+inline double addDot(double sum, int n, Run<const double> row, Run<const double> x) {
+  for (int j = 0; j < n; ++j) sum += row[j] * x[j];
+  return sum;
+}
+
+/// y[j] += row[j] x for j < n
+inline void addRow(int n, Run<const double> row, double x, double* y) {
+  if (row.stride == 1) {
+    addColumns(static_cast<std::size_t>(n), 1, Grid<const double>{row.start, 1, 0},
+               Run<const double>{&x, 1}, y);
+  } else {
+    for (int j = 0; j < n; ++j) y[j] += row[j] * x;
+  }
+}
+
+/// L x: element r is the sum of L(r, j) x(j) over j <= r.
+template <class Mat>
+DoubleVec timesLower(const Mat& lower, const DoubleVec& v) {
+  const PackedOperands<Mat> in(lower, v);
+  DoubleVec y = in.zeros();
   for (int r = 0; r < static_cast<int>(y.length()); ++r) {
-    const unsigned before = static_cast<unsigned>(r);
-    const DoubleVec row = all.slice(static_cast<int>(LowerPacking::index(r, 0)), before + 1, 1);
-    if (terms != PackedTerms::kRowSums) y(r) = dot(row, x.slice(0, before + 1, 1));
-    if (terms != PackedTerms::kRowDots) {
-      const unsigned reached = terms == PackedTerms::kBoth ? before : before + 1;
-      addColumns(reached, 1, Grid<const double>{row.data(), row.stride(), 0},
-                 Run<const double>{x.data() + static_cast<std::ptrdiff_t>(r) * x.stride(), 1},
-                 y.data());
-    }
+    y(r) = addDot(0.0, r + 1, in.row(r), runOf(in.x));
   }
   return y;
 }
+
+/// x' L: element j is the sum of L(r, j) x(r) over r >= j.
+template <class Mat>
+DoubleVec lowerTimes(const DoubleVec& v, const Mat& lower) {
+  const PackedOperands<Mat> in(lower, v);
+  DoubleVec y = in.zeros();
+  for (int r = 0; r < static_cast<int>(y.length()); ++r) {
+    addRow(r + 1, in.row(r), in.x(r), y.data());
+  }
+  return y;
+}
+
+/// S x: element r is the sum of S(r, j) x(j), first over j <= r, when its own row is read, then one
+/// by one as the rows behind it are.
+template <class Mat>
+DoubleVec timesSymmetric(const Mat& symmetric, const DoubleVec& v) {
+  const PackedOperands<Mat> in(symmetric, v);
+  DoubleVec y = in.zeros();
+  for (int r = 0; r < static_cast<int>(y.length()); ++r) {
+    y(r) = addDot(0.0, r + 1, in.row(r), runOf(in.x));
+    addRow(r, in.row(r), in.x(r), y.data());
+  }
+  return y;
+}
+
+}  // namespace knotwork::detail
+
+namespace knotwork {
+
+using namespace detail;  // the bodies' helpers
 
 // ---- Members ------------------------------------------------------------------------------------
 
@@ -266,4 +326,4 @@ void PackedMat<Mat, Packing>::scanFrom(std::istream& in) {
   });
 }
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -24,6 +24,8 @@ RODoubleRef& RODoubleRef::operator=(double x) {
   return *this;
 }
 
+// It is the element that is assigned, not the reference.
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment)
 RODoubleRef& RODoubleRef::operator=(const RODoubleRef& x) { return *this = static_cast<double>(x); }
 RODoubleRef& RODoubleRef::operator+=(double x) { return *this = *element_ + x; }
 RODoubleRef& RODoubleRef::operator-=(double x) { return *this = *element_ - x; }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The kernel's error codes as exceptions.
+// The error codes of the host's spline kernel as exceptions.
 #include "knotwork/solvers/ag_exception.h"
 
 #include "knotwork/platform/foundation/memory_exception.h"
@@ -26,7 +26,8 @@ Texception* TagException::cache() {
 }
 
 void* TagException::construct(Tmetaclass* type) {
-  return Tmetaclass::istype(type, TagExceptionTmeta) ? Tmetaclass::construct(type) : nullptr;
+  if (type == nullptr || !Tmetaclass::istype(type, TagExceptionTmeta)) return nullptr;
+  return Tmetaclass::construct(type);
 }
 
 void AG_raiseException(int code) {

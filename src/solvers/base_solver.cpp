@@ -3,9 +3,11 @@
 #include "knotwork/solvers/base_solver.h"
 
 #include <algorithm>
+#include <tuple>
 
 #include "knotwork/solvers/solve_codes.h"
 #include "solvers/point_values.h"
+#include "vector/memory_watch.h"
 
 namespace detail = knotwork::detail;
 
@@ -13,7 +15,7 @@ namespace {
 
 constexpr double kDefaultTolerance = 1e-10;
 
-TsolverReporter silentReporter(true);
+TsolverReporter silentReporter(true);  // of solvers that were given none
 
 // Whether every index is at least 0 and below the limit.
 bool areBelow(const IntVec& indices, unsigned limit) {
@@ -48,7 +50,7 @@ class SideMapper {
   bool subtractPrescribed(DoubleVec& b, const Values& x) const;
   void subtractMultiples(DoubleVec& b, const DoubleVec& column, const DoubleVec& point) const;
   template <class Values>
-  bool store(const Values& y, bool prescribed, Values& x) const;
+  void store(const Values& y, bool prescribed, Values& x) const;
 
   const TbaseSolver& s_;
 };
@@ -98,19 +100,15 @@ void SideMapper::subtractMultiples(DoubleVec& b, const DoubleVec& column,
   }
 }
 
-// Stores the unknowns y of the used columns. @return false if there is no memory to give x its
-// shape.
+// Stores the unknowns y of the used columns.
 template <class Values>
-bool SideMapper::store(const Values& y, bool prescribed, Values& x) const {
-  if (!hasShape(x, dimensionOf(y), columns())) reshape(x, dimensionOf(y), columns());
-  if (!hasShape(x, dimensionOf(y), columns())) return false;
+void SideMapper::store(const Values& y, bool prescribed, Values& x) const {
   if (!prescribed) static_cast<DoubleVec&>(x) = 0.0;
   if (hasAllColumns()) {
     copyPoints(y, x);
   } else {
     scatter(y, s_.usedColIndex_, x);
   }
-  return true;
 }
 
 template <class Values>
@@ -122,13 +120,18 @@ int SideMapper::solve(const Values& rhs, Values* x, bool keepValues) const {
   if (prescribed && !s_.keepOriginal_) return kBadArgument;
   if (!areIndicesInside(sides, prescribed)) return kBadArgument;
 
+  const MemoryWatch memory;
+  const unsigned unknowns = s_.usedColIndex_.length();
   Values b = sidesOf(rhs, prescribed);
-  if (pointsOf(b) < s_.usedRowIndex_.length()) return kBadArgument;
+  Values y = zeros<Values>(dimension, unknowns);
+  if (memory.ranOut()) return kBadArgument;
   if (prescribed && !subtractPrescribed(b, *x)) return kBadArgument;
-  Values y = zeros<Values>(dimension, s_.usedColIndex_.length());
   const int code = s_.solveInPlace(b, &y);
   if (code != kSolved) return code;
-  return store(y, prescribed, *x) ? kSolved : kBadArgument;
+  if (memory.ranOut() || !hasShape(y, dimension, unknowns)) return kBadArgument;
+  if (!reshape(*x, dimension, columns())) return kBadArgument;
+  store(y, prescribed, *x);
+  return kSolved;
 }
 
 }  // namespace knotwork::detail
@@ -179,14 +182,14 @@ int TbaseSolver::solve(const TtupleVector& rhs, TtupleVector* x, bool keepValues
 DoubleVec TbaseSolver::solve(const DoubleVec& rhs) const {
   if (!isSolvable()) return DoubleVec();
   DoubleVec x(static_cast<unsigned>(totalCols_), 0.0);
-  solve(rhs, &x, false);
+  std::ignore = solve(rhs, &x, false);  // what there is is returned whatever the code
   return x;
 }
 
 TtupleVector TbaseSolver::solve(const TtupleVector& rhs) const {
   if (!isSolvable()) return TtupleVector();
   TtupleVector x(rhs.size(), totalCols_, 0.0);
-  solve(rhs, &x, false);
+  std::ignore = solve(rhs, &x, false);
   return x;
 }
 

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "solvers/householder_system.h"
+#include "vector/memory_watch.h"
 
 namespace knotwork::detail {
 namespace {
@@ -14,7 +15,7 @@ namespace {
 template <int Width>
 class Solution {
  public:
-  Solution(const HouseholderSystem& system, double* b, double* x) : s_(system), b_(b), x_(x) {}
+  Solution(const HouseholderFactors& factors, double* b, double* x) : s_(factors), b_(b), x_(x) {}
 
   void run() {
     for (int j = 0; j < s_.freeColumns(); ++j) reflectSides(j);
@@ -57,7 +58,7 @@ class Solution {
     std::copy(total, total + Width, sums);
   }
 
-  const HouseholderSystem& s_;
+  const HouseholderFactors& s_;
   double *b_, *x_;
 };
 
@@ -83,11 +84,11 @@ void Solution<Width>::substitute(int q) {
   const int known = s_.cols - u - 1;
   for (int k = 1; k <= known; ++k) {
     const double v = s_.at(q, u + k);
-    const double* x = x_ + s_.colPerm[u + k] * Width;
+    const double* x = x_ + std::ptrdiff_t{s_.colPerm[u + k]} * Width;
     for (int w = 0; w < Width; ++w) sums[w] += x[w] * v;
   }
-  const double* side = b_ + s_.rowPerm[q] * Width;
-  double* unknown = x_ + s_.colPerm[u] * Width;
+  const double* side = b_ + std::ptrdiff_t{s_.rowPerm[q]} * Width;
+  double* unknown = x_ + std::ptrdiff_t{s_.colPerm[u]} * Width;
   const bool divides = std::abs(s_.sigma[q]) > s_.skip;
   for (int w = 0; w < Width; ++w) {
     const double value = side[w] - sums[w];
@@ -106,23 +107,58 @@ void Solution<Width>::reflectUnknowns(int s) {
   addMultiples(x_, sums, s_.beta[s], eachPlace);
 }
 
-}  // namespace
+// As many components as go together.
+constexpr int kFewSides = 4;
+constexpr int kManySides = 8;
 
-void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width) {
+// `width` components, up to kFewSides or just kManySides: entry i of side w is b[i * width + w].
+void solveTogether(const HouseholderFactors& factors, double* b, double* x, int width) {
   switch (width) {
     case 1:
-      return Solution<1>(system, b, x).run();
+      return Solution<1>(factors, b, x).run();
     case 2:
-      return Solution<2>(system, b, x).run();
+      return Solution<2>(factors, b, x).run();
     case 3:
-      return Solution<3>(system, b, x).run();
+      return Solution<3>(factors, b, x).run();
     case kFewSides:
-      return Solution<kFewSides>(system, b, x).run();
+      return Solution<kFewSides>(factors, b, x).run();
     case kManySides:
-      return Solution<kManySides>(system, b, x).run();
+      return Solution<kManySides>(factors, b, x).run();
     default:
       return;
   }
+}
+
+// to[i * toStep + w] = from[i * fromStep + w] for i < n and w < width
+void copyBlock(const double* from, int fromStep, double* to, int toStep, int n, int width) {
+  for (int i = 0; i < n; ++i, from += fromStep, to += toStep) std::copy_n(from, width, to);
+}
+
+}  // namespace
+
+// Points of many components are taken apart into lists of fewer, which lie together in memory.
+bool solveHouseholder(const HouseholderFactors& factors, DoubleVec& b, DoubleVec& x,
+                      int dimension) {
+  if (factors.rows == 0 || factors.cols == 0) return true;  // x is right, and may have no address
+  if (dimension <= kFewSides) {
+    solveTogether(factors, b.data(), x.data(), dimension);
+    return true;
+  }
+  const MemoryWatch memory;
+  DoubleVec sides(static_cast<unsigned>(factors.rows * kManySides));
+  DoubleVec unknowns(static_cast<unsigned>(factors.cols * kManySides));
+  if (memory.ranOut()) return false;
+  for (int first = 0; first < dimension; first += kManySides) {
+    const int left = dimension - first;
+    const int width = left <= kFewSides ? left : kManySides;
+    const int filled = std::min(left, width);
+    sides = 0.0;
+    unknowns = 0.0;
+    copyBlock(b.data() + first, dimension, sides.data(), width, factors.rows, filled);
+    solveTogether(factors, sides.data(), unknowns.data(), width);
+    copyBlock(unknowns.data(), width, x.data() + first, dimension, factors.cols, filled);
+  }
+  return true;
 }
 
 }  // namespace knotwork::detail

@@ -14,45 +14,59 @@
 
 #include <cstddef>
 
+#include "knotwork/vector/double_vec.h"
+
 class TsolverReporter;
 
 namespace knotwork::detail {
 
-// Views on the solver's storage; all lengths are max(rows, cols).
-struct HouseholderSystem {
-  double* f;  // rows x cols, column by column
+struct HouseholderShape {
   int rows, cols, constraints;
-  double *beta, *sigma, *norms;
-  int *rowPerm, *colPerm;
-  double skip;  // products of at most this magnitude are not applied
 
-  double* column(int j) const { return f + static_cast<std::ptrdiff_t>(j) * rows; }
-  double& at(int i, int j) const { return column(j)[i]; }
   bool isWide() const { return rows < cols; }
   int firstPivotRow() const { return isWide() ? 0 : rows - cols; }
   int leastSquaresRows() const { return isWide() ? 0 : rows - constraints; }
   int freeColumns() const { return isWide() ? 0 : cols - constraints; }
 };
 
-// Room to work in, max(rows, cols) places each.
+/// A system to factor: views on the solver's storage, max(rows, cols) places each.
+struct HouseholderSystem : HouseholderShape {
+  double* f;  // rows x cols, column by column
+  double *beta, *sigma, *norms;
+  int *rowPerm, *colPerm;
+  double skip;  // products of at most this magnitude are not applied
+
+  double* column(int j) const { return f + static_cast<std::ptrdiff_t>(j) * rows; }
+  double& at(int i, int j) const { return column(j)[i]; }
+};
+
+/// The same system, factored.
+struct HouseholderFactors : HouseholderShape {
+  const double* f;
+  const double *beta, *sigma;
+  const int *rowPerm, *colPerm;
+  double skip;
+
+  const double* column(int j) const { return f + static_cast<std::ptrdiff_t>(j) * rows; }
+  double at(int i, int j) const { return column(j)[i]; }
+};
+
+/// Room to work in, max(rows, cols) places each.
 struct HouseholderWorkspace {
   double *values, *products;
   int *places, *rows;
 };
 
-// Brings the system to its triangles. @return whether no pivot is negligible, that is 0 or below
-// 1e-13 times the largest squared norm of a constraint row or a free column; negligible pivots
-// become 0.
+/// Brings the system to its triangles. @return whether no pivot is a NaN or negligible, that is 0
+/// or below 1e-13 times the largest squared norm of a constraint row or a free column; negligible
+/// pivots become 0.
 bool factorHouseholder(const HouseholderSystem& system, const HouseholderWorkspace& work,
                        TsolverReporter& reporter);
 
-// As many right-hand sides as are solved for at once.
-inline constexpr int kFewSides = 4;
-inline constexpr int kManySides = 8;
-
-// Solves for `width` right-hand sides, up to kFewSides or just kManySides: entry i of side w is b[i
-// * width + w], and likewise for the unknowns x. `b` is used up; `x` must be 0 on entry. Every side
-// gets the bits that it gets alone.
-void solveHouseholder(const HouseholderSystem& system, double* b, double* x, int width);
+/// Solves for points of the dimension: component c of side i is b(i * dimension + c), and likewise
+/// for the unknowns x. `b`, contiguous, may be used up; `x`, contiguous, must be 0 on entry. Every
+/// component gets the bits that it gets alone. @return false if memory ran out.
+[[nodiscard]] bool solveHouseholder(const HouseholderFactors& factors, DoubleVec& b, DoubleVec& x,
+                                    int dimension);
 
 }  // namespace knotwork::detail

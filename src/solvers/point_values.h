@@ -4,6 +4,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 
 #include "knotwork/geometry/tuple_vector.h"
 #include "knotwork/vector/double_vec_pick.h"
@@ -33,7 +34,7 @@ inline TtupleVector zeros(int dimension, unsigned points) {
   return TtupleVector(dimension, static_cast<int>(points), 0.0);
 }
 
-// View on the elements of point i, unchecked.
+/// View on the elements of point i, unchecked.
 template <class Values>
 DoubleVec pointAt(const Values& values, int i) {
   const auto dimension = static_cast<unsigned>(dimensionOf(values));
@@ -41,17 +42,35 @@ DoubleVec pointAt(const Values& values, int i) {
   return flat.slice(i * dimensionOf(values), dimension, 1);
 }
 
-// Lets `values` be another view on storage that nobody else needs.
-inline void become(DoubleVec& values, const DoubleVec& other) { values.reference(other); }
-inline void become(TtupleVector& values, TtupleVector other) { values.reference(other); }
-
-// Gives the result its shape; the storage of one that has it must never be replaced.
-inline void reshape(DoubleVec& v, int, unsigned points) { v.resize(points); }
-inline void reshape(TtupleVector& list, int dimension, unsigned points) {
-  become(list, zeros<TtupleVector>(dimension, points));
+/// Whether any element is a NaN.
+inline bool holdsNaN(const DoubleVec& v) {
+  bool holds = false;
+  for (int i = 0; i < static_cast<int>(v.length()); ++i) holds |= std::isnan(v(i));
+  return holds;
 }
 
-// New values: point i is point which[i] of `from`.
+/// Gives `values` the shape, in new storage unless it has that shape already: rows and columns of
+/// matrices must stay what they are. @return false, with nothing changed, if memory runs out.
+template <class Values>
+bool reshape(Values& values, int dimension, unsigned points) {
+  if (hasShape(values, dimension, points)) return true;
+  Values shaped = zeros<Values>(dimension, points);
+  if (!hasShape(shaped, dimension, points)) return false;
+  values.reference(shaped);
+  return true;
+}
+
+/// Point i times factors[i], if there are as many.
+template <class Values>
+void scalePoints(Values& values, const DoubleVec& factors) {
+  if (pointsOf(values) != factors.length()) return;
+  for (int i = 0; i < static_cast<int>(factors.length()); ++i) {
+    DoubleVec point = pointAt(values, i);
+    point *= factors(i);
+  }
+}
+
+/// New values: point i is point which[i] of `from`.
 template <class Values>
 Values gather(const Values& from, const IntVec& which) {
   const int dimension = dimensionOf(from);
@@ -66,7 +85,7 @@ Values gather(const Values& from, const IntVec& which) {
   return to;
 }
 
-// Point i of `to` becomes point i of `from`, which has no more points.
+/// Point i of `to` becomes point i of `from`, which has no more points.
 template <class Values>
 void copyPoints(const Values& from, Values& to) {
   const DoubleVec& source = from;
@@ -74,7 +93,7 @@ void copyPoints(const Values& from, Values& to) {
   for (int i = 0; i < static_cast<int>(source.length()); ++i) target(i) = source(i);
 }
 
-// Point which[i] of `to` becomes point i of `from`.
+/// Point which[i] of `to` becomes point i of `from`.
 template <class Values>
 void scatter(const Values& from, const IntVec& which, Values& to) {
   const int dimension = dimensionOf(from);

@@ -8,8 +8,8 @@
 
 namespace knotwork::detail {
 
-// Pivots cost less and less work, from `weight` units down to none; every 10000 units a verbose
-// reporter is told the part of the pivots that is done.
+/// Pivots cost less and less work, from `weight` units down to none; every 10000 units a verbose
+/// reporter is told the part of the pivots that is done.
 class ProgressMeter {
  public:
   ProgressMeter(TsolverReporter& reporter, int pivots, int weight)

@@ -8,9 +8,9 @@
 
 namespace knotwork::detail {
 
-// Calls change(i, row) for every row i and stores what it leaves in `row`, a contiguous copy. Rows
-// come in slabs, which are copied in and out column by column. @return false, with nothing done, if
-// there is no memory for a slab.
+/// Calls change(i, row) for every row i and stores what it leaves in `row`, a contiguous copy. Rows
+/// come in slabs, which are copied in and out column by column. @return false, with nothing done,
+/// if there is no memory for a slab.
 template <class Change>
 bool changeRows(DoubleGenMat& a, Change change) {
   constexpr int kSlab = 32;

@@ -7,9 +7,11 @@
 
 #include "knotwork/decomp/double_sv_decomp.h"
 #include "knotwork/solvers/solve_codes.h"
+#include "vector/memory_watch.h"
 
 using knotwork::kNotSolvable;
 using knotwork::kSolved;
+using knotwork::detail::MemoryWatch;
 
 namespace {
 
@@ -57,27 +59,33 @@ int TsolveConstrainedLsq::realSetMatrix(const DoubleGenMat& a, const IntVec& fix
                                         int constraintRows, bool normalise, bool cleanZeros,
                                         bool findCutoff) {
   const auto signedSize = [](unsigned n) { return static_cast<int>(n); };
-  const unsigned givenRows = a.rows(), givenCols = a.cols();
+  const MemoryWatch memory;
+  const double givenTolerance = tolerance_;
   constraintRows_ = std::clamp(constraintRows, 0, signedSize(a.rows()));
   dependent_ = true;
   // The new copy first: the matrix given may be one of this solver's own.
   if (&a != &keptMatrix_) keptMatrix_.reference(DoubleGenMat());
   matrix_.reference(a.copy());
-  const bool isCopied = matrix_.rows() == givenRows && matrix_.cols() == givenCols;
   if (findCutoff) {
     DoubleVec elements = matrix_.dataVec();
     if (cleanZeros) elements.clampZero(kFirstClamp);
     if (reporter_->isVerbose() && elements.length() > kLargeForEstimate) {
       reporter_->reportFormatted("Computing region cutoff... (could take some time)");
     }
+    // An estimate that is not a number changes nothing.
     tolerance_ = std::max(tolerance_, trySVD(matrix_));
   }
   preSetMatrix(fixedCols, kCutoff, normalise, cleanZeros);
+  // Where some step was left out this is not the system that was given.
+  if (memory.ranOut()) matrix_.reference(DoubleGenMat());
   const int rows = signedSize(matrix_.rows());
   const int cols = signedSize(matrix_.cols());
   constraintRows_ = rows < cols ? rows : std::min(constraintRows_, cols);
-  // Where memory ran out the system stays dependent.
-  if (isCopied && isNormalised_ == normalise) factor();
+  factor();
+  if (memory.ranOut()) {
+    dependent_ = true;
+    tolerance_ = givenTolerance;
+  }
   return dependent_ ? kNotSolvable : kSolved;
 }
 
@@ -104,10 +112,11 @@ double TsolveConstrainedLsq::trySVD(const DoubleGenMat& a) {
 }
 
 DoubleGenMat TsolveConstrainedLsq::altMatrix() {
+  const MemoryWatch memory;
   const unsigned rows = matrix_.rows();
   DoubleGenMat damped = matrix_.copy();
   damped.resize(rows + matrix_.cols(), matrix_.cols());
-  if (damped.rows() != rows + matrix_.cols()) return damped;
+  if (memory.ranOut()) return DoubleGenMat();
   for (int k = 0; k < static_cast<int>(matrix_.cols()); ++k) {
     damped.ref(static_cast<int>(rows) + k, k) = kDamping;
   }

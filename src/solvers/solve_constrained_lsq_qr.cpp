@@ -5,10 +5,24 @@
 #include <memory>
 
 #include "knotwork/solvers/solve_codes.h"
+#include "solvers/point_values.h"
+#include "vector/memory_watch.h"
 
 using knotwork::kBadArgument;
 using knotwork::kDependent;
 using knotwork::kSolved;
+using knotwork::detail::holdsNaN;
+using knotwork::detail::MemoryWatch;
+
+namespace {
+
+// Lets `lsq` share all storage with another: assignment would copy values.
+void replace(DoubleLeastSqQR& lsq, const DoubleLeastSqQR& other) {
+  std::destroy_at(&lsq);
+  std::construct_at(&lsq, other);
+}
+
+}  // namespace
 
 TsolveConstrainedLsqQR::TsolveConstrainedLsqQR(double tolerance, bool keepOriginal)
     : TsolveConstrainedLsq(keepOriginal) {
@@ -26,10 +40,7 @@ TsolveConstrainedLsqQR::~TsolveConstrainedLsqQR() = default;
 
 TsolveConstrainedLsqQR& TsolveConstrainedLsqQR::reference(TsolveConstrainedLsqQR& other) {
   TsolveConstrainedLsq::reference(other);
-  if (this == &other) return *this;
-  // Assignment would copy values; copy construction shares.
-  std::destroy_at(&lsq_);
-  std::construct_at(&lsq_, other.lsq_);
+  if (this != &other) replace(lsq_, other.lsq_);
   return *this;
 }
 
@@ -41,12 +52,19 @@ void TsolveConstrainedLsqQR::deepenShallowCopy() {
 const DoubleLeastSqQR& TsolveConstrainedLsqQR::rwSolve() const { return lsq_; }
 
 bool TsolveConstrainedLsqQR::factor() {
+  dependent_ = true;
+  const MemoryWatch memory;
   // The column order of the last factorisation is kept, but no longer shared with copies of this
   // solver: factoring writes into it.
   lsq_.deepenShallowCopy();
-  lsq_.factor(matrix_);
+  if (!memory.ranOut()) lsq_.factor(matrix_);
+  if (memory.ranOut()) {
+    replace(lsq_, DoubleLeastSqQR());
+    return false;
+  }
   lsq_.setTolerance(tolerance_);  // which factoring resets
-  dependent_ = lsq_.isSingular();
+  // The decomposition does not count a diagonal element that is not a number as 0.
+  dependent_ = lsq_.isSingular() || holdsNaN(lsq_.factors().diagonal());
   return !dependent_;
 }
 
@@ -54,23 +72,27 @@ int TsolveConstrainedLsqQR::solveInPlace(DoubleVec& rhs, DoubleVec* x) const {
   if (x == nullptr) return kBadArgument;
   if (isDependent()) return kDependent;
   if (rhs.length() != matrix_.rows() || x->length() != matrix_.cols()) return kBadArgument;
+  const MemoryWatch memory;
   if (rhsMult_.length() == rhs.length()) rhs *= rhsMult_;
-  if (lsq_.numFreeCols() >= matrix_.cols()) {
-    *x = 0.0;
-  } else {
-    *x = lsq_.solve(rhs);
-  }
+  const bool allFree = lsq_.numFreeCols() >= matrix_.cols();
+  const DoubleVec found = allFree ? DoubleVec(x->length(), 0.0) : lsq_.solve(rhs);
+  if (memory.ranOut() || found.length() != x->length()) return kBadArgument;
+  if (holdsNaN(found)) return kDependent;
+  *x = found;
   return kSolved;
 }
 
 int TsolveConstrainedLsqQR::solveInPlace(TtupleVector& rhs, TtupleVector* x) const {
   if (x == nullptr || x->size() != rhs.size()) return kBadArgument;
+  TtupleVector found = x->copy();
+  if (found.length() != x->length()) return kBadArgument;
   int code = kSolved;
   for (int c = 0; c < rhs.size(); ++c) {
     DoubleVec side = rhs.component(c).copy();
-    DoubleVec unknowns = x->component(c);
+    DoubleVec unknowns = found.component(c);
     const int solved = solveInPlace(side, &unknowns);
     if (solved != kSolved) code = solved;
   }
+  if (code == kSolved) *x = found;
   return code;
 }

@@ -7,17 +7,19 @@
 
 #include "solvers/row_slabs.h"
 #include "solvers/whole_matrix.h"
+#include "vector/memory_watch.h"
 
 namespace detail = knotwork::detail;
 
 namespace {
 
+// The largest tolerance for cleaning, as a part of the largest entry: something must be left.
 constexpr double kPartOfLargestEntry = 0.99;
 
 // "Within tolerance of 0"; a NaN is not.
 bool isWithin(double x, double tolerance) { return std::abs(x) <= tolerance; }
 
-// Indices of the columns that are neither fixed nor zero; cut to fewer if memory runs out.
+// Indices of the columns that are neither fixed nor zero.
 IntVec findColumns(const DoubleGenMat& a, const IntVec& fixedCols, double tolerance) {
   IntVec used(a.cols());
   unsigned count = 0;
@@ -115,9 +117,13 @@ void TsolveSystems::deepenShallowCopy() { TbaseSolver::deepenShallowCopy(); }
 bool TsolveSystems::findZero(const DoubleGenMat& a, const IntVec& fixedCols, IntVec& usedRows,
                              IntVec& usedCols, double tolerance) {
   if (a.rows() == 0 || a.cols() == 0) return false;
+  const detail::MemoryWatch memory;
   const DoubleGenMat whole = detail::isWhole(a) ? a : a.copy();
-  usedCols.reference(findColumns(whole, fixedCols, tolerance));
-  usedRows.reference(findRows(whole, tolerance));
+  const IntVec cols = findColumns(whole, fixedCols, tolerance);
+  const IntVec rows = findRows(whole, tolerance);
+  if (memory.ranOut()) return false;
+  usedCols.reference(cols);
+  usedRows.reference(rows);
   return true;
 }
 

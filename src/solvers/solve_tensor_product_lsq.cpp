@@ -2,42 +2,85 @@
 // Least squares on grids: one direction after the other.
 #include "knotwork/solvers/solve_tensor_product_lsq.h"
 
+#include <typeinfo>
 #include <utility>
 
 #include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/matrix/int_gen_mat.h"
+#include "knotwork/solvers/householder.h"
 #include "knotwork/solvers/solve_codes.h"
-#include "knotwork/solvers/solve_constrained_lsq.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "solvers/whole_matrix.h"
+#include "vector/memory_watch.h"
 
 using knotwork::kBadArgument;
 using knotwork::kNotSolvable;
 using knotwork::kSolved;
+using knotwork::detail::MemoryWatch;
 namespace detail = knotwork::detail;
 
 namespace {
 
-// Row i of x becomes the solution for row i of the sides. Stored by columns, a matrix of n rows is
-// a list of points of dimension n, so all rows are solved for together.
-int solveRows(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides, DoubleGenMat& x) {
-  if (sides.rows() == 0) return kSolved;
+// ---- One direction ------------------------------------------------------------------------------
+
+// Whether the solver is the library's own and solves for many right-hand sides at once with the
+// bits that it gives each of them alone. A class that a host derives may redefine any of it, and is
+// asked for one side after the other.
+bool solvesJointly(const TsolveConstrainedLsq& solver) {
+  return typeid(solver) == typeid(Thouseholder);
+}
+
+// Row i of x becomes the solution for row i of the sides, for all rows together: stored by columns,
+// a matrix of n rows is a list of points of dimension n. @return false, with x as it was, if any of
+// them cannot be had.
+bool solveRowsJointly(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides,
+                      DoubleGenMat& x) {
+  if (!solvesJointly(solver) || sides.rows() == 0) return false;
   const int dimension = static_cast<int>(sides.rows());
   DoubleVec flat = sides.dataVec();
   const TtupleVector rhs(dimension, flat);
   TtupleVector solved(dimension, static_cast<int>(x.cols()), 0.0);
-  const int code = solver.solve(rhs, &solved, false);
-  if (code != kSolved) return code;
-  if (solved.length() != x.dataVec().length()) return kBadArgument;
+  if (solver.solve(rhs, &solved, false) != kSolved) return false;
+  if (solved.length() != x.dataVec().length()) return false;
   x.dataVec() = solved;
-  return kSolved;
+  return true;
 }
 
 // The same for columns.
-int solveColumns(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides, DoubleGenMat& x) {
+bool solveColumnsJointly(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides,
+                         DoubleGenMat& x) {
+  if (!solvesJointly(solver)) return false;
+  const MemoryWatch memory;
   DoubleGenMat rows(x.cols(), x.rows(), 0.0);
-  const int code = solveRows(solver, transpose(sides), rows);
-  if (code == kSolved) x = transpose(rows);
+  const DoubleGenMat rowsOfSides = transpose(sides);
+  if (memory.ranOut() || !solveRowsJointly(solver, rowsOfSides, rows)) return false;
+  const DoubleGenMat solved = transpose(rows);
+  if (memory.ranOut()) return false;
+  x = solved;
+  return true;
+}
+
+// Row after row, or column after column, until one cannot be had. @return its code; `code` if there
+// is none to solve for.
+int solveRows(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides, DoubleGenMat& x,
+              int code) {
+  if (solveRowsJointly(solver, sides, x)) return kSolved;
+  for (int i = 0; i < static_cast<int>(sides.rows()); ++i) {
+    DoubleVec row = x.row(i);
+    code = solver.solve(sides.row(i), &row, false);
+    if (code != kSolved) return code;
+  }
+  return code;
+}
+
+int solveColumns(const TsolveConstrainedLsq& solver, const DoubleGenMat& sides, DoubleGenMat& x,
+                 int code) {
+  if (solveColumnsJointly(solver, sides, x)) return kSolved;
+  for (int j = 0; j < static_cast<int>(x.cols()); ++j) {
+    DoubleVec column = x.col(j);
+    code = solver.solve(sides.col(j), &column, false);
+    if (code != kSolved) return code;
+  }
   return code;
 }
 
@@ -77,11 +120,11 @@ void setWhere(const IntGenMat& fixed, bool isFixed, DoubleGenMat& x, const Doubl
   }
 }
 
-// Whether any of the indices, both lists ascending, is in use.
-bool isAnyUsed(const IntVec& indices, const IntVec& used) {
-  for (int i = 0, k = 0; i < static_cast<int>(indices.length()); ++i) {
-    while (k < static_cast<int>(used.length()) && used(k) < indices(i)) ++k;
-    if (k < static_cast<int>(used.length()) && used(k) == indices(i)) return true;
+// Whether any of the unknowns that the mask fixes is in use.
+bool isAnyUsed(const IntVec& mask, const IntVec& used) {
+  for (int k = 0; k < static_cast<int>(used.length()); ++k) {
+    // Where nothing was usable the list is that of an earlier system.
+    if (used(k) < static_cast<int>(mask.length()) && mask(used(k)) == 1) return true;
   }
   return false;
 }
@@ -89,11 +132,12 @@ bool isAnyUsed(const IntVec& indices, const IntVec& used) {
 // Sets the system in the first direction without the fixed unknowns. Only cleaning leaves them out,
 // and not where the tolerance does not allow it: then the matrix of the free columns is handed
 // over instead.
-int setFreeColumns(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& fixedRows,
+int setFreeColumns(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& mask,
                    const IntVec& freeRows, bool& isReduced) {
+  const IntVec fixedRows = mask.valueIndex(1);
   if (fixedRows.length() == 0) return solver.setMatrix(u, 0, false, false, false);
   const int code = solver.setMatrix(u, fixedRows, 0, false, true, false);
-  isReduced = isAnyUsed(fixedRows, solver.usedColIndex());
+  isReduced = isAnyUsed(mask, solver.usedColIndex());
   if (!isReduced) return code;
   return solver.setMatrix(pickColumns(u, freeRows), 0, false, false, false);
 }
@@ -143,7 +187,7 @@ int solveSecondDirection(TsolveConstrainedLsq& solver, const DoubleGenMat& u, co
     if (!haveSameShape(prescribed, values)) return kBadArgument;
     setWhere(fixed, true, prescribed, values);
     DoubleGenMat solved = between[c];
-    code = solveRows(solver, b[c] - transProduct(product(u, prescribed), v), solved);
+    code = solveRows(solver, b[c] - transProduct(product(u, prescribed), v), solved, kSolved);
   }
   return code;
 }
@@ -151,11 +195,10 @@ int solveSecondDirection(TsolveConstrainedLsq& solver, const DoubleGenMat& u, co
 // Column j of the free unknowns of all components: their matrix is the same.
 int solveColumn(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVec& mask, int j,
                 Components& between, Components& solved) {
-  const IntVec fixedRows = mask.valueIndex(1);
   const IntVec freeRows = mask.nonValueIndex(1);
-  if (freeRows.length() == 0 && fixedRows.length() > 0) return kSolved;
+  if (freeRows.length() == 0 && mask.length() > 0) return kSolved;
   bool isReduced = false;
-  int code = setFreeColumns(solver, u, fixedRows, freeRows, isReduced);
+  int code = setFreeColumns(solver, u, mask, freeRows, isReduced);
   for (int c = 0; c < solved.count() && code == kSolved; ++c) {
     DoubleVec x = solved[c].col(j);
     DoubleVec unknowns = isReduced ? DoubleVec(freeRows.length(), 0.0) : x;
@@ -169,6 +212,7 @@ int solveColumn(TsolveConstrainedLsq& solver, const DoubleGenMat& u, const IntVe
 int solvePrescribed(TsolveTensorProductLsq& solver, TsolveConstrainedLsq& solverInU,
                     TsolveConstrainedLsq& solverInV, const DoubleGenMat& u, const DoubleGenMat& v,
                     const IntGenMat& fixed, Components& b, Components& x) {
+  const MemoryWatch memory;
   Components solved = x.zeros();
   const unsigned all = fixed.cols() * static_cast<unsigned>(x.count());
   Components between(DoubleGenMat(u.rows(), all), x.count());
@@ -185,11 +229,13 @@ int solvePrescribed(TsolveTensorProductLsq& solver, TsolveConstrainedLsq& solver
       code = solveColumn(solverInU, u, fixed.col(j), j, between, solved);
     }
   }
-  for (int c = 0; c < x.count() && code == kSolved; ++c) {
+  if (code != kSolved) return code;
+  if (memory.ranOut()) return kBadArgument;
+  for (int c = 0; c < x.count(); ++c) {
     DoubleGenMat result = x[c];
     setWhere(fixed, false, result, solved[c]);
   }
-  return code;
+  return kSolved;
 }
 
 }  // namespace
@@ -216,21 +262,32 @@ int TsolveTensorProductLsq::solve(const DoubleGenMat& b, DoubleGenMat* x) const 
   if (x == nullptr) return kBadArgument;
   if (b.rows() == 0 && x->cols() == 0) return kNotSolvable;
   if (!fits(*u_, x->rows()) || !fits(*v_, x->cols())) return kBadArgument;
-  if (!detail::isWhole(*x)) return kBadArgument;
+  if (!detail::isWhole(b) || !detail::isWhole(*x)) return kBadArgument;
+  const MemoryWatch memory;
   DoubleGenMat between(b.rows(), x->cols(), 0.0);
-  const int code = solveRows(*v_, b, between);
-  return code == kSolved ? solveColumns(*u_, between, *x) : code;
+  DoubleGenMat found = x->copy();
+  if (memory.ranOut() || found.dataVec().length() != x->dataVec().length()) return kBadArgument;
+  int code = solveRows(*v_, b, between, kNotSolvable);
+  if (code != kSolved && b.rows() > 0) return code;
+  code = solveColumns(*u_, between, found, code);
+  if (memory.ranOut()) return kBadArgument;
+  *x = found;  // and with it the columns before one that failed
+  return code;
 }
 
 int TsolveTensorProductLsq::solve(const TtupleMatrix& b, TtupleMatrix* x) const {
   if (x == nullptr || b.size() != x->size()) return kBadArgument;
+  const MemoryWatch memory;
   DoubleGenMat work(static_cast<unsigned>(x->rows()), static_cast<unsigned>(x->cols()), 0.0);
-  for (int c = 0; c < x->size(); ++c) {
-    const int code = solve(b.component(c), &work);
-    if (code != kSolved) return code;
-    x->setComponent(c, work);
+  TtupleMatrix found = x->copy();
+  int code = kSolved;
+  for (int c = 0; c < x->size() && code == kSolved; ++c) {
+    code = solve(b.component(c), &work);
+    if (code == kSolved) found.setComponent(c, work);
   }
-  return kSolved;
+  if (memory.ranOut()) return kBadArgument;
+  *x = found;  // and with it the components before one that failed
+  return code;
 }
 
 // ---- Prescribed unknowns ------------------------------------------------------------------------
@@ -247,6 +304,7 @@ int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat
                                        const IntGenMat& fixed, const TtupleMatrix& b,
                                        TtupleMatrix* x) {
   if (x == nullptr || b.size() != x->size()) return kBadArgument;
+  const MemoryWatch memory;
   const auto count = static_cast<unsigned>(b.size());
   const auto rows = static_cast<unsigned>(x->rows()), cols = static_cast<unsigned>(x->cols());
   const auto dataRows = static_cast<unsigned>(b.rows()), dataCols = static_cast<unsigned>(b.cols());
@@ -259,6 +317,8 @@ int TsolveTensorProductLsq::solveFixed(const DoubleGenMat& u, const DoubleGenMat
     unknowns[c] = std::as_const(*x).component(c);
   }
   const int code = solvePrescribed(*this, *u_, *v_, u, v, fixed, data, unknowns);
-  for (int c = 0; c < b.size() && code == kSolved; ++c) x->setComponent(c, unknowns[c]);
-  return code;
+  if (code != kSolved) return code;
+  if (memory.ranOut()) return kBadArgument;
+  for (int c = 0; c < b.size(); ++c) x->setComponent(c, unknowns[c]);
+  return kSolved;
 }

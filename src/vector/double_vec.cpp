@@ -4,12 +4,14 @@
 
 #include <cmath>
 
+#include "kernels/square_root.h"
 #include "knotwork/vector/double_vec_pick.h"
 #include "vector/strided_vec_impl.h"
 
 namespace detail = knotwork::detail;
+using detail::squareRoot;
 
-template class knotwork::detail::StridedVec<DoubleVec, double>;
+template class knotwork::StridedVec<DoubleVec, double>;
 
 const char DoubleVec::className[] = "DoubleVec";
 const unsigned short DoubleVec::origin = 0x900E;
@@ -22,6 +24,7 @@ DoubleVec::DoubleVec(unsigned n, double first, double increment)
     : StridedVec(n, first, increment) {}
 DoubleVec::DoubleVec(const double* p, unsigned n) : StridedVec(p, n) {}
 DoubleVec::DoubleVec(const DoubleVec& v) : StridedVec(v) {}
+DoubleVec::~DoubleVec() = default;
 DoubleVec::DoubleVec(const DoubleVec& v, int first, unsigned n, int stride)
     : StridedVec(v, first, n, stride) {}
 
@@ -40,8 +43,10 @@ namespace {
 
 // Sums squares in four phases: zeros, small, mid-range and large elements. Small and large ones are
 // scaled by the largest so far; only the mid-range sum is plain.
+// Source: C. L. Lawson et al., Basic Linear Algebra Subprograms for Fortran Usage (1979), DNRM2.
 class ScaledSquares {
  public:
+  // The length is rounded to single precision, as it was published: bits hang on it.
   explicit ScaledSquares(unsigned n) : midLimit_(kCutHigh / static_cast<float>(n)) {}
 
   void add(double x) {
@@ -64,9 +69,12 @@ class ScaledSquares {
     }
   }
 
-  double root() const { return phase_ == kMid ? std::sqrt(sum_) : largest_ * std::sqrt(sum_); }
+  double root() const { return phase_ == kMid ? squareRoot(sum_) : largest_ * squareRoot(sum_); }
 
  private:
+  // The published limits, safe on every machine of their time: squares of what is above the low one
+  // lose no digits to underflow, and n squares of what is below the high one divided by n do not
+  // overflow.
   static constexpr double kCutLow = 8.232e-11;
   static constexpr double kCutHigh = 1.304e19;
   enum Phase { kZeros, kSmall, kMid, kLarge };
@@ -198,6 +206,7 @@ double variance(const DoubleVec& v) {
     raiseMathErrorCode(knotwork::kTooFewPoints, DoubleVec::className, v.length(),
                        "Variance needs minimum of", 2);
   }
+  // Two passes: the sum of squares less the square of the sum would cancel.
   const double m = mean(v);
   return detail::reduce(v, 0.0, [m](double s, double x) { return s + (x - m) * (x - m); }) /
          v.length();
@@ -231,7 +240,7 @@ DoubleVec sin(const DoubleVec& v) { return v.apply(std::sin); }
 DoubleVec sinh(const DoubleVec& v) { return v.apply(std::sinh); }
 // The processor's root, which is correctly rounded everywhere.
 DoubleVec sqrt(const DoubleVec& v) {
-  return v.apply([](double x) { return std::sqrt(x); });
+  return v.apply([](double x) { return squareRoot(x); });
 }
 DoubleVec tan(const DoubleVec& v) { return v.apply(std::tan); }
 DoubleVec tanh(const DoubleVec& v) { return v.apply(std::tanh); }

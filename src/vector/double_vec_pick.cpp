@@ -4,7 +4,7 @@
 
 #include "vector/vec_pick_impl.h"
 
-template class knotwork::detail::VecPick<DoubleVecPick, DoubleVec>;
+template class knotwork::VecPick<DoubleVecPick, DoubleVec>;
 
 const char DoubleVecPick::className[] = "DoubleVecPick";
 const unsigned short DoubleVecPick::origin = 0x900D;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Vectors of int.
+// Vectors of int: what hosts find by name, and the conversions; the work is done by the templates
+// for all element types (strided_vec_impl.h, vec_functions.h).
 #include "knotwork/vector/int_vec.h"
 
 #include <limits>
@@ -10,7 +11,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::StridedVec<IntVec, int>;
+template class knotwork::StridedVec<IntVec, int>;
 
 const char IntVec::className[] = "IntVec";
 const unsigned short IntVec::origin = 0x9018;
@@ -22,6 +23,7 @@ IntVec::IntVec(unsigned n, int value) : StridedVec(n, value) {}
 IntVec::IntVec(unsigned n, int first, int increment) : StridedVec(n, first, increment) {}
 IntVec::IntVec(const int* p, unsigned n) : StridedVec(p, n) {}
 IntVec::IntVec(const IntVec& v) : StridedVec(v) {}
+IntVec::~IntVec() = default;
 IntVec::IntVec(const IntVec& v, int first, unsigned n, int stride)
     : StridedVec(v, first, n, stride) {}
 

@@ -4,7 +4,7 @@
 
 #include "vector/vec_pick_impl.h"
 
-template class knotwork::detail::VecPick<IntVecPick, IntVec>;
+template class knotwork::VecPick<IntVecPick, IntVec>;
 
 const char IntVecPick::className[] = "IntVecPick";
 const unsigned short IntVecPick::origin = 0x9017;

@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The installed handler, the default one, and the way to it.
+//
+// A report is a call of one function pointer with the arguments of the message still unformatted: a
+// handler that only counts, or that has texts of its own, pays for no formatting.
 #include "knotwork/vector/math_error.h"
 
 #include <cstdio>
@@ -9,9 +12,9 @@
 
 namespace {
 
-constexpr unsigned kWarning = 0;
-constexpr unsigned kMessageDefault = 1;
-constexpr unsigned short kUnspecifiedOrigin = 0xF000;
+constexpr unsigned kWarning = 0;         // anything else ends the process
+constexpr unsigned kMessageDefault = 1;  // the severity that the message's catalogue gives
+constexpr unsigned short kUnspecifiedOrigin = 0xF000;  // of reports by code alone
 
 [[noreturn]] void terminateProcessing() {
   std::fputs("** Processing terminated.\n", stderr);
@@ -19,7 +22,7 @@ constexpr unsigned short kUnspecifiedOrigin = 0xF000;
 }
 
 void printAndDecide(MathErrorRecord record, va_list arguments) {
-  if (record.code == 0) return;
+  if (record.code == 0) return;  // no error
   std::fputs("** ", stderr);
   const MathMessageEntry* message = findMathMessage(record.code);
   if (message == nullptr) {
@@ -34,6 +37,7 @@ void printAndDecide(MathErrorRecord record, va_list arguments) {
   std::fputs("** Processing continues.\n", stderr);
 }
 
+// Set before any code runs: constructors of static objects may report.
 constinit MathErrorHandler installedHandler = printAndDecide;
 
 }  // namespace

@@ -84,7 +84,8 @@ constexpr MathMessageEntry factorMessages[] = {
     {kFatal, "Pivoting position specifier must be INITIAL,FREE, or FINAL, not %d"},
 };
 
-// A catalogue and the number of initialisers that keep it registered.
+// A catalogue and the number of initialisers that keep it registered: several static objects may
+// need its texts, and are destroyed in whatever order.
 struct CountedCatalogue {
   MathMessageCatalogue catalogue;
   unsigned short users = 0;
@@ -97,6 +98,7 @@ struct CountedCatalogue {
   }
 };
 
+// Made by the compiler, so that they are there before the first static constructor reports.
 constinit CountedCatalogue vectorCatalogue{{3, vectorMessages, std::size(vectorMessages), nullptr}};
 constinit CountedCatalogue matrixCatalogue{{4, matrixMessages, std::size(matrixMessages), nullptr}};
 constinit CountedCatalogue factorCatalogue{{5, factorMessages, std::size(factorMessages), nullptr}};
@@ -112,6 +114,8 @@ const MathMessageEntry* findMathMessage(unsigned short code) {
   return catalogue->entries + (code & 0x0FFF);
 }
 
+// At the end, so that of two catalogues with one identifier the earlier one answers; and once
+// only, since a second time would close the list to a ring.
 void registerCatalogue(MathMessageCatalogue& catalogue) {
   MathMessageCatalogue** link = &firstCatalogue;
   for (; *link != nullptr; link = &(*link)->next) {

@@ -8,7 +8,7 @@
 
 namespace knotwork::detail {
 
-// The record of a check of class `C`, with the severity that the message has by itself.
+/// The record of a check of class `C`, with the severity that the message has by itself.
 template <class C>
 MathErrorRecord recordOf(int code) {
   constexpr unsigned kMessageSeverity = 1;

@@ -2,10 +2,12 @@
 // Storage blocks, and the cache that recycles the block objects.
 #include "knotwork/vector/rw_block.h"
 
+#include <atomic>
 #include <new>
 
 #include "knotwork/vector/math_codes.h"
 #include "vector/math_report.h"
+#include "vector/memory_watch.h"
 #include "vector/shared_block.h"
 
 namespace {
@@ -37,6 +39,8 @@ FreeObjects* classOfSize(std::size_t evenSize) {
   if (evenSize > 2 * kEvenClasses) return evenSize == sizeof(RWBlock) ? &blockSized : nullptr;
   return evenSize == 0 ? nullptr : &evenClasses[evenSize / 2 - 1];
 }
+
+std::atomic<unsigned> failures = 0;
 
 // Stands in for a block whose object could not be allocated; it is never freed.
 RWBlock& blockWithoutStorage() {
@@ -75,7 +79,10 @@ void RWBlock::operator delete(void* object, std::size_t size) noexcept {
 
 namespace knotwork::detail {
 
+unsigned failedRequests() { return failures.load(std::memory_order_relaxed); }
+
 void reportOutOfMemory() {
+  failures.fetch_add(1, std::memory_order_relaxed);
   raiseMathError(MathErrorRecord(kOutOfMemory, kFatal, kOrigin), RWBlock::className);
 }
 

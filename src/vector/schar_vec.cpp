@@ -8,7 +8,7 @@
 
 namespace detail = knotwork::detail;
 
-template class knotwork::detail::StridedVec<SCharVec, signed char>;
+template class knotwork::StridedVec<SCharVec, signed char>;
 
 const char SCharVec::className[] = "SCharVec";
 const unsigned short SCharVec::origin = 0x9024;
@@ -21,6 +21,7 @@ SCharVec::SCharVec(unsigned n, signed char first, signed char increment)
     : StridedVec(n, first, increment) {}
 SCharVec::SCharVec(const signed char* p, unsigned n) : StridedVec(p, n) {}
 SCharVec::SCharVec(const SCharVec& v) : StridedVec(v) {}
+SCharVec::~SCharVec() = default;
 SCharVec::SCharVec(const SCharVec& v, int first, unsigned n, int stride)
     : StridedVec(v, first, n, stride) {}
 

@@ -4,7 +4,7 @@
 
 #include "vector/vec_pick_impl.h"
 
-template class knotwork::detail::VecPick<SCharVecPick, SCharVec>;
+template class knotwork::VecPick<SCharVecPick, SCharVec>;
 
 const char SCharVecPick::className[] = "SCharVecPick";
 const unsigned short SCharVecPick::origin = 0x9023;

@@ -6,9 +6,9 @@
 
 namespace knotwork::detail {
 
-// A block for `count` elements, held by its one view. Never null: where not even the block object
-// can be had, that is reported as 0x3008 and a process-wide block without storage is shared
-// instead.
+/// A block for `count` elements, held by its one view. Never null: where not even the block object
+/// can be had, that is reported as 0x3008 and a process-wide block without storage is shared
+/// instead.
 RWBlock* newBlock(unsigned count, unsigned elementSize);
 
 inline RWBlock* shareBlock(RWBlock* block) {
@@ -16,10 +16,10 @@ inline RWBlock* shareBlock(RWBlock* block) {
   return block;
 }
 
-// Reports 0x3008 in the name of RWBlock.
+/// Reports 0x3008 in the name of RWBlock.
 void reportOutOfMemory();
 
-// Gives up one view; the last one frees the block.
+/// Gives up one view; the last one frees the block.
 void releaseBlock(RWBlock* block);
 
 }  // namespace knotwork::detail

@@ -1,5 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Bodies of StridedVec's members, for the sources of the three classes that instantiate it.
+//
+// Nothing throws, and a handler may return from a report that memory is lacking. So every new block
+// is asked for its length before it takes a vector's place, and a vector that could not get its
+// elements has none.
 #pragma once
 
 #include <algorithm>
@@ -7,11 +11,11 @@
 #include <istream>
 #include <ostream>
 
+#include "kernels/element_rules.h"
+#include "kernels/kernels.h"
 #include "knotwork/vector/int_vec.h"
 #include "knotwork/vector/math_codes.h"
 #include "knotwork/vector/strided_vec.h"
-#include "vector/element_rules.h"
-#include "vector/kernels/kernels.h"
 #include "vector/math_report.h"
 #include "vector/shared_block.h"
 #include "vector/vec_functions.h"
@@ -19,17 +23,26 @@
 namespace knotwork::detail {
 
 inline constexpr int kDefaultPerLine = 5;
-inline constexpr unsigned kScanGrowth = 128;
+inline constexpr unsigned kScanGrowth = 128;  // elements, when a text does not tell how many
+
+}  // namespace knotwork::detail
+
+namespace knotwork {
+
+using namespace detail;  // the bodies' helpers
 
 // ---- Construction -------------------------------------------------------------------------------
 
 template <class Vec, class T>
 StridedVec<Vec, T>::StridedVec() : StridedVec(0u) {}
 
+// A block that could not get its storage holds no elements.
 template <class Vec, class T>
-StridedVec<Vec, T>::StridedVec(unsigned n) : block_(nullptr), elementStride_(1) {
-  takeNewBlock(newBlock(n, sizeof(T)), n);
-}
+StridedVec<Vec, T>::StridedVec(unsigned n)
+    : block_(newBlock(n, sizeof(T))),
+      start_(static_cast<T*>(block_->storage)),
+      len_(start_ != nullptr ? n : 0),
+      elementStride_(1) {}
 
 template <class Vec, class T>
 StridedVec<Vec, T>::StridedVec(unsigned n, T value) : StridedVec(n) {
@@ -72,19 +85,9 @@ StridedVec<Vec, T>::~StridedVec() {
 
 // ---- Sharing and copying ------------------------------------------------------------------------
 
-// Lets go of the present block, if any. A block that could not get its storage holds no elements.
-template <class Vec, class T>
-void StridedVec<Vec, T>::takeNewBlock(RWBlock* block, unsigned n) {
-  if (block_ != nullptr) releaseBlock(block_);
-  block_ = block;
-  start_ = static_cast<T*>(block->storage);
-  len_ = start_ != nullptr ? n : 0;
-  elementStride_ = 1;
-}
-
 template <class Vec, class T>
 Vec& StridedVec<Vec, T>::reference(const Vec& v) {
-  shareBlock(v.block_);
+  shareBlock(v.block_);  // first, as it may be this vector's own
   releaseBlock(block_);
   block_ = v.block_;
   start_ = v.start_;
@@ -95,6 +98,7 @@ Vec& StridedVec<Vec, T>::reference(const Vec& v) {
 
 template <class Vec, class T>
 void StridedVec<Vec, T>::deepenShallowCopy() {
+  // Alone on a block, in order and from its start: it is deep already.
   if (block_->refCount < 2 && elementStride_ == 1 && start_ == block_->storage) return;
   const Vec own = deepCopy();
   if (own.len_ == len_) reference(own);
@@ -291,7 +295,7 @@ int StridedVec<Vec, T>::setFormatting(int n) {
 
 template <class Vec, class T>
 void StridedVec<Vec, T>::printOn(std::ostream& out) const {
-  int& perLine = Vec::numberPerLine;
+  int& perLine = Vec::numberPerLine;  // a host may have set anything
   if (perLine < 1) perLine = kDefaultPerLine;
   const int count = static_cast<int>(len_);
   const bool oneLine = perLine >= count;
@@ -344,4 +348,4 @@ void StridedVec<Vec, T>::scanFrom(std::istream& in) {
   if (count != len_) resize(count);
 }
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

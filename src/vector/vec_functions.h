@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "kernels/element_rules.h"
+#include "kernels/kernels.h"
 #include "knotwork/vector/int_vec.h"
-#include "vector/element_rules.h"
-#include "vector/kernels/kernels.h"
 
 namespace knotwork::detail {
 
@@ -31,8 +31,8 @@ std::ptrdiff_t sizeOf(const Vec& v) {
 
 // ---- New vectors --------------------------------------------------------------------------------
 
-// r[i] = a[i] op b[i], as long as b. Where a reporting handler returned from a length mismatch,
-// elements of b without a partner give 0.
+/// r[i] = a[i] op b[i], as long as b. Where a reporting handler returned from a length mismatch,
+/// elements of b without a partner give 0.
 template <class Vec>
 Vec combine(const Vec& a, const Vec& b,
             typename ElementKernels<ElementOf<Vec>>::Binary ElementKernels<ElementOf<Vec>>::*op) {
@@ -45,7 +45,7 @@ Vec combine(const Vec& a, const Vec& b,
   return r;
 }
 
-// r[i] = op(a[i], s)
+/// r[i] = op(a[i], s)
 template <class Vec>
 Vec combine(
     const Vec& a, ElementOf<Vec> s,
@@ -55,7 +55,7 @@ Vec combine(
   return r;
 }
 
-// r[i] = op(a[i])
+/// r[i] = op(a[i])
 template <class Vec>
 Vec combine(const Vec& a,
             typename ElementKernels<ElementOf<Vec>>::Unary ElementKernels<ElementOf<Vec>>::*op) {
@@ -94,19 +94,19 @@ Vec multiplyScalar(const Vec& a, ElementOf<Vec> s) {
   return combine(a, s, &ElementKernels<ElementOf<Vec>>::multiplyScalar);
 }
 
-// True division, for doubles too.
+/// True division, for doubles too.
 template <class Vec>
 Vec divideByScalar(const Vec& a, ElementOf<Vec> s) {
   return combine(a, s, &ElementKernels<ElementOf<Vec>>::divideByScalar);
 }
 
-// s - a[i]
+/// s - a[i]
 template <class Vec>
 Vec subtractFrom(ElementOf<Vec> s, const Vec& a) {
   return combine(a, s, &ElementKernels<ElementOf<Vec>>::subtractFrom);
 }
 
-// s / a[i]
+/// s / a[i]
 template <class Vec>
 Vec divideInto(ElementOf<Vec> s, const Vec& a) {
   return combine(a, s, &ElementKernels<ElementOf<Vec>>::divideInto);
@@ -183,8 +183,8 @@ ElementOf<Vec> prod(const Vec& v) {
 
 // ---- Searches -----------------------------------------------------------------------------------
 
-// Index of the first of the elements that none is better than; a NaN is never better, nor is
-// anything better than one in place 0. -1, with a warning that names `fname`, for an empty vector.
+/// Index of the first of the elements that none is better than; a NaN is never better, nor is
+/// anything better than one in place 0. -1, with a warning that names `fname`, for an empty vector.
 template <class Vec, class Better>
 int extremeIndex(const Vec& v, const char* fname, Better better) {
   if (v.length() == 0) {
@@ -211,7 +211,7 @@ int minIndex(const Vec& v) {
   return extremeIndex(v, "minIndex", [](auto x, auto y) { return x < y; });
 }
 
-// The element at an index that a search gave; 0 where it found none.
+/// The element at an index that a search gave; 0 where it found none.
 template <class Vec>
 ElementOf<Vec> valueAt(const Vec& v, int index) {
   return index < 0 ? ElementOf<Vec>{} : v(index);
@@ -245,7 +245,7 @@ int countWhere(const Vec& v, P holds) {
   return count;
 }
 
-// Ascending, as a slice of a block as long as v.
+/// Ascending, as a slice of a block as long as v.
 template <class Vec, class P>
 IntVec indicesWhere(const Vec& v, P holds) {
   IntVec indices(v.length());

@@ -10,12 +10,18 @@
 
 namespace knotwork::detail {
 
-// target(k) = source(k) in increasing k, as far as both go.
+/// target(k) = source(k) in increasing k, as far as both go.
 template <class Target, class Source>
 void copyElements(Target& target, const Source& source) {
   const int n = static_cast<int>(std::min(target.length(), source.length()));
   for (int k = 0; k < n; ++k) target(k) = source(k);
 }
+
+}  // namespace knotwork::detail
+
+namespace knotwork {
+
+using namespace detail;  // the bodies' helpers
 
 template <class Pick, class Vec>
 void VecPick<Pick, Vec>::assertElements() const {
@@ -46,4 +52,4 @@ Pick& VecPick<Pick, Vec>::assign(const Source& source) {
   return static_cast<Pick&>(*this);
 }
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -37,6 +37,11 @@ TEST(SvDecomp, ReproducesEveryShapeAndSpectrum) {
   }
 }
 
+TEST(SvDecomp, AFiniteMatrixMayEndInNumbersThatAreNone) {
+  const DoubleSVDecomp sv(DoubleGenMat(36, 36, 1.0));  // its remainders shrink below the range
+  EXPECT_TRUE(sv.fail() && sv.numSVsFound() == 0 && std::isnan(sv.singularValues()(35)));
+}
+
 TEST(SvDecomp, SwitchesTellWhatWasOnBefore) {
   DoubleSVDecomp sv;
   EXPECT_EQ(sv.computeAllLeftVecs(0), 1);

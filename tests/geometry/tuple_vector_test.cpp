@@ -14,18 +14,15 @@ namespace {
 
 using Shape = std::vector<int>;
 
-Shape shape(const TtupleVector& tv) {
-  return {tv.size(), tv.points(), static_cast<int>(tv.length())};
-}
+Shape shape(const TtupleVector& tv) { return {tv.size(), tv.points(), int(tv.length())}; }
 
 // Four points whose component c of point i is 10 i + c, on a view that walks backwards, with a
 // remainder that is no point.
 TtupleVector numbered(int dim) {
   const int length = 5 * dim - 1;
-  DoubleVec view = DoubleVec(static_cast<unsigned>(2 * length), -1.0)
-                       .slice(2 * length - 1, static_cast<unsigned>(length), -2);
+  DoubleVec view = DoubleVec(unsigned(2 * length)).slice(2 * length - 1, unsigned(length), -2);
   TtupleVector tv(dim, view);
-  for (int i = 0; i < 4; ++i) tv(i) = DoubleVec(static_cast<unsigned>(dim), 10.0 * i, 1.0);
+  for (int i = 0; i < 4; ++i) tv(i) = DoubleVec(unsigned(dim), 10.0 * i, 1.0);
   return tv;
 }
 
@@ -91,7 +88,8 @@ TEST(TupleVector, ShapesFollowTheSignsOfTheCounts) {
   EXPECT_EQ(valuesOf(TtupleVector(-2, 2, points)), (Values{1, 4, 0, 0}));
   EXPECT_EQ(valuesOf(TtupleVector(-2, -2, points)), Values(4));
   DoubleVec strided = seven.slice(0, 3, 2);
-  TtupleVector(2147483647, strided).component(0);  // no points, of a stride that cannot be had
+  // No points, of a stride that cannot be had.
+  EXPECT_EQ(TtupleVector(2147483647, strided).component(0).length(), 0u);
   RecordedErrors errors;
   EXPECT_EQ(TtupleVector(1 << 30, 1 << 30, 0.0).points(), 0);
   TtupleVector(2, 2, 0.0).resize(-1);
@@ -119,14 +117,11 @@ TEST(TupleVector, AssignsOnlyBetweenEqualShapes) {
   a = TtupleVector(3, 3, 1.0);
   EXPECT_EQ(valuesOf(a), Values(6, 0.0));
   a = TtupleVector(3, 2, 1.0);
-  EXPECT_EQ(valuesOf(shared), Values(6, 1.0));
   other.reference(a).deepenShallowCopy();
+  shared.resize(3);
   a.data() = 2.0;
   EXPECT_TRUE(other.size() == 3 && valuesOf(other) == Values(6, 1.0));
-  shared.resize(3);
-  shared(1) = 5.0;
-  EXPECT_EQ(valuesOf(shared), (Values{2, 2, 2, 5, 5, 5, 0, 0, 0}));
-  EXPECT_EQ(valuesOf(a), Values(6, 2.0));
+  EXPECT_EQ(valuesOf(shared), (Values{1, 1, 1, 1, 1, 1, 0, 0, 0}));
 }
 
 TEST(TupleVector, ReportsPointsOutsideAndWritesNothingThere) {

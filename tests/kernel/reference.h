@@ -18,10 +18,12 @@ using Real = long double;
 inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 /// One direction: knots with the outermost ones, which take no part, as NaN.
-struct Basis {
-  explicit Basis(const KnotRecord& k) : degree(k.degree()), spans(k.spans()), knots(1, NAN) {
+template <class Real>
+struct BasisOf {
+  explicit BasisOf(const KnotRecord& k)
+      : degree(k.degree()), spans(k.spans()), knots(1, Real(NAN)) {
     for (int i = k.first(); i <= k.last(); ++i) knots.push_back(k(i));
-    knots.push_back(NAN);
+    knots.push_back(Real(NAN));
   }
 
   Real knot(int k) const { return knots[at(k + degree)]; }
@@ -53,6 +55,8 @@ struct Basis {
   int degree, spans;
   std::vector<Real> knots;
 };
+
+using Basis = BasisOf<Real>;
 
 /// What curves and surfaces have in common.
 struct Net {

@@ -5,8 +5,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <sstream>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -29,21 +31,21 @@ inline Outcome knotfit(const std::vector<std::string>& arguments) {
   return {code, out.str(), err.str()};
 }
 
-/// A folder that is the current one while it lives.
+/// A fresh folder that is the current one while it lives. Its name is drawn until it is new, so
+/// that runs beside each other never meet and nobody can lay one out beforehand.
 class Folder {
  public:
   Folder() : before_(std::filesystem::current_path()) {
-    const auto* test = ::testing::UnitTest::GetInstance()->current_test_info();
-    std::string name = std::string(test->test_suite_name()) + "." + test->name();
-    for (char& c : name) c = c == '/' ? '_' : c;
-    path_ = std::filesystem::temp_directory_path() / ("knotfit_test_" + name);
-    std::filesystem::remove_all(path_);
-    std::filesystem::create_directories(path_);
+    std::random_device draw;
+    do {
+      path_ = std::filesystem::temp_directory_path() / ("knotfit_test_" + std::to_string(draw()));
+    } while (!std::filesystem::create_directory(path_));
     std::filesystem::current_path(path_);
   }
   ~Folder() {
     std::filesystem::current_path(before_);
-    std::filesystem::remove_all(path_);
+    std::error_code ignored;
+    std::filesystem::remove_all(path_, ignored);
   }
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;

@@ -42,4 +42,30 @@ TEST(MatrixStorage, FailureOfAnyAllocationIsReportedAndHarmsNothing) {
   knotwork::test::expectEveryFailureReported([&] { useEverything(v, list); });
 }
 
+// A matrix that there was no memory for is none, and never one of zeros that passes for the result.
+template <class Mat>
+void expectRightOrNone(const Mat& m) {
+  Mat (*const operations[])(const Mat&) = {
+      [](const Mat& a) { return a.copy(); }, [](const Mat& a) { return Mat(-a); },
+      [](const Mat& a) { return Mat(a * 2); }, [](const Mat& a) { return Mat(a + a); },
+      [](const Mat& a) { return Mat(abs(a)); }};
+  for (const auto operation : operations) {
+    const Mat right = operation(m);
+    Mat made;
+    const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
+    knotwork::test::failEveryAllocation([&] { made.reference(operation(m)); },
+                                        [&] { EXPECT_TRUE(made.rows() == 0 || made == right); });
+    setMathErrorHandler(before);
+  }
+}
+
+TEST(MatrixStorage, WhatThereWasNoMemoryForIsEmpty) {
+  if (!knotwork::test::canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own";
+  const DoubleVec v(16, 1.0);
+  expectRightOrNone(DoubleGenMat(v, 4, 4));
+  expectRightOrNone(IntGenMat(4, 4, 1));
+  expectRightOrNone(DoubleSymMat(v.slice(0, 10, 1), 4, 4));
+  expectRightOrNone(DoubleLowerTriMat(v.slice(0, 10, 1), 4, 4));
+}
+
 }  // namespace

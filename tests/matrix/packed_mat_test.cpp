@@ -54,6 +54,7 @@ TYPED_TEST(PackedMat, LeadingBlocksAreViewsAndResizeKeepsThem) {
   EXPECT_EQ(m.val(3, 4), full(3, 4));
   EXPECT_EQ(m.val(6, 6), 0.0);
   RecordedErrors errors;
+  EXPECT_EQ(m.leadingSubmatrix(7).rows() + m.leadingSubmatrix(0).rows(), 7u);
   EXPECT_EQ(m.leadingSubmatrix(8).rows(), 7u);
   EXPECT_EQ(m.leadingSubmatrix(-1).rows(), 0u);
   EXPECT_EQ(errors.takeText(),
@@ -130,12 +131,12 @@ TEST(TriMat, PacksOneTriangleAndPrintsAll) {
 TEST(TriMat, ElementsOutsideTheTriangleAreReadOnly) {
   RecordedErrors errors;
   DoubleLowerTriMat m(DoubleVec(6, 1.0, 1.0), 3, 3);
-  m(2, 1) += 10.0;
+  (((m(2, 1) += 10.0) -= 3.0) *= 6.0) /= 4.0;
   m(2, 0) = m(2, 1);
   m(0, 2) = 0.0;
   m(0, 2) *= -5.0;
   EXPECT_EQ(errors.takeText(), "");
-  EXPECT_EQ(m.val(2, 0), 15.0);
+  EXPECT_EQ(m.val(2, 0), 18.0);
   m(0, 2) = 2.5;
   m.ref(0, 1) = m.ref(0, 0);
   m(1, 2) -= std::nan("");

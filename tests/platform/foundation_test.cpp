@@ -2,11 +2,15 @@
 // The foundation stand-in: shared text, type records and exceptions.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <list>
+#include <map>
 #include <random>
 
+#include "knotwork/platform/foundation/hash_table_iterator.h"
 #include "knotwork/platform/foundation/memory_exception.h"
 #include "knotwork/platform/foundation/string.h"
 
@@ -56,5 +60,79 @@ TEST(Exception, CastsAndCachesByType) {
     EXPECT_EQ(e.cast(nullptr), nullptr);
     Texception* const kept = e.cache();
     EXPECT_TRUE(kept != &e && kept->cache() == kept && kept->cast(&TmemoryExceptionTmeta));
+  }
+}
+
+namespace {
+
+struct OpenTable : ThashTable {
+  using ThashTable::bucketCount_;
+  using ThashTable::buckets_;
+  using ThashTable::entryCount_;
+  using ThashTable::insertWithHash;
+  using ThashTable::reinitializeTable;
+  using ThashTable::shrinkTable;
+  using ThashTable::ThashTable;
+};
+
+struct OpenIterator : ThashTableIterator {
+  using ThashTableIterator::_first;
+  using ThashTableIterator::_next;
+  using ThashTableIterator::_remove;
+  using ThashTableIterator::bucket_;
+  using ThashTableIterator::current_;
+  using ThashTableIterator::ThashTableIterator;
+};
+
+// What the table says it holds: the entries of each hash, in the order of its chain.
+std::map<unsigned, std::list<ThashTableEntry*>> contents(OpenTable& table) {
+  std::map<unsigned, std::list<ThashTableEntry*>> all;
+  unsigned count = 0;
+  OpenIterator it(table);
+  for (bool more = it._first(); more; more = it._next(), ++count) {
+    EXPECT_EQ(it.bucket_, it.current_->hash & (table.bucketCount_ - 1));
+    all[it.current_->hash].push_back(it.current_);
+  }
+  EXPECT_TRUE(count == table.entryCount_ && it.current_ == nullptr && !it._next());
+  return all;
+}
+
+}  // namespace
+
+TEST(HashTable, GrowsAndShrinksByItsRuleAndKeepsEveryChainsOrder) {
+  for (const unsigned initial : {0U, 1U, 2U, 5U, 64U}) {
+    for (const unsigned maximum : {0U, 32U, 0xFFFFFFFFU}) {
+      std::mt19937 random(20240607U + initial + maximum);
+      OpenTable table(initial, maximum);
+      const unsigned least = std::bit_ceil(initial);
+      unsigned buckets = least, entries = 0;
+      std::map<unsigned, std::list<ThashTableEntry*>> model;
+      std::list<ThashTableEntry> made;
+      for (int i = 0; i < 6000; ++i) {
+        const bool growing = i / 1000 % 2 == 0;
+        if (random() % 8 < (growing ? 6U : 2U)) {
+          const auto hash = static_cast<unsigned>(random() % 64 * (random() % 2 ? 1 : 0x01000001));
+          ASSERT_TRUE(table.insertWithHash(&made.emplace_back(), hash));
+          model[hash].push_front(&made.back());
+          if (++entries > buckets && 2 * buckets <= maximum) buckets *= 2;
+        } else if (OpenIterator it(table); it._first()) {
+          std::list<ThashTableEntry*>& same = model[it.current_->hash];
+          ASSERT_EQ(same.front(), it.current_);
+          same.pop_front();
+          if (same.empty()) model.erase(it.current_->hash);
+          it._remove(it.current_, it.bucket_);
+          table.shrinkTable();
+          // Fewer than a quarter of the buckets: 4 * entries, for a quarter may be half an entry.
+          for (--entries; buckets > least && 4 * entries < buckets;) buckets /= 2;
+        }
+        ASSERT_TRUE(table.bucketCount_ == buckets && table.entryCount_ == entries);
+        if (i % 100 == 0) {
+          ASSERT_EQ(contents(table), model);
+        }
+      }
+      table.reinitializeTable();
+      EXPECT_TRUE(table.bucketCount_ == least && !table.insertWithHash(nullptr, 3));
+      EXPECT_EQ(contents(table), model);
+    }
   }
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <type_traits>
 
 #include "knotwork/decomp/double_sv_decomp.h"
 #include "knotwork/geometry/tuple_matrix.h"
@@ -28,58 +29,39 @@ DoubleVec vectorIn(const Item& item) { return vectorOf(item.values); }
 
 IntVec indicesIn(const Item& item) { return indices(item.ints()); }
 
-DoubleGenMat matrixIn(const Item& item, int rows, int cols) {
-  return DoubleGenMat(item.values.data(), static_cast<unsigned>(rows), static_cast<unsigned>(cols));
+DoubleGenMat matrixIn(const Item& item) {
+  return DoubleGenMat(item.values.data(), unsigned(item.rows), unsigned(item.cols));
 }
-
-DoubleGenMat matrixIn(const Item& item) { return matrixIn(item, item.rows, item.cols); }
 
 TtupleVector pointsIn(const Item& item) {
   return TtupleVector(item.rows, item.cols, item.values.data());
 }
 
-TtupleMatrix gridIn(const Item* values, int dimension, const Item& shape) {
-  const std::vector<int> size = shape.ints();
-  TtupleMatrix grid(dimension, size[0], size[1], 0.0);
-  DoubleVec flat = grid.data();
-  if (values != nullptr) flat = vectorIn(*values);
-  return grid;
-}
-
 bool flag(const Step& step, const char* name) { return step.in(name).toInt() != 0; }
 
-void expectItem(const Item& want, const Values& got) {
-  SCOPED_TRACE(want.name);
+int compared = 0;
+
+// The result of that name, where the case has it.
+template <class Result>
+void expectOut(const Step& step, const char* name, const Result& result) {
+  if (!step.hasOut(name)) return;
+  ++compared;
+  SCOPED_TRACE(name);
+  Values got;
+  if constexpr (std::is_arithmetic_v<Result>) {
+    got = {double(result)};
+  } else if constexpr (std::is_same_v<Result, DoubleGenMat>) {
+    got = valuesOf(result.dataVec());
+  } else {
+    got = valuesOf(result);
+  }
+  const Item& want = step.out(name);
   ASSERT_EQ(want.values.size(), got.size());
   double scale = 0;
   for (double value : want.values) scale = std::max(scale, std::abs(value));
   const double tolerance =
       want.tolerance == "exact" ? 0 : std::stod(want.tolerance) * (scale == 0 ? 1 : scale);
-  for (std::size_t i = 0; i < got.size(); ++i) {
-    EXPECT_LE(std::abs(got[i] - want.values[i]), tolerance)
-        << "element " << i << ": " << got[i] << " for " << want.values[i];
-  }
-}
-
-int compared = 0;
-
-// The result of that name, where the case has it.
-void expectOut(const Step& step, const char* name, const Values& got) {
-  if (!step.hasOut(name)) return;
-  expectItem(step.out(name), got);
-  ++compared;
-}
-
-void expectOut(const Step& step, const char* name, double got) {
-  expectOut(step, name, Values{got});
-}
-
-void expectOut(const Step& step, const char* name, const DoubleVec& got) {
-  expectOut(step, name, valuesOf(got));
-}
-
-void expectOut(const Step& step, const char* name, const IntVec& got) {
-  expectOut(step, name, DoubleVec(got));
+  for (std::size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], want.values[i], tolerance) << i;
 }
 
 void expectCode(const Step& step, int code, const DoubleVec& x) {
@@ -91,7 +73,10 @@ void expectCode(const Step& step, int code, const DoubleVec& x) {
 
 class Case {
  public:
-  Case() { Thouseholder(1e-12, 0, false).setMatrix(DoubleGenMat(), 0, false, false, false); }
+  Case() {
+    // Sets the threshold that all objects share.
+    EXPECT_EQ(Thouseholder(1e-12, 0, false).setMatrix(DoubleGenMat(), 0, 0, 0, 0), 0);
+  }
 
   void run(const Step& step) {
     SCOPED_TRACE(step.operation);
@@ -146,18 +131,14 @@ class Case {
   void setMatrix(const Step& step) {
     TsolveConstrainedLsq& s = solver(step);
     const DoubleGenMat a = matrixIn(step.in("A"));
-    const int k = step.in("constraintRows").toInt();
-    const bool n = flag(step, "normalise"), z = flag(step, "cleanZeros"),
-               f = flag(step, "findCutoff");
-    const int code = step.hasIn("fixedCols")
-                         ? s.setMatrix(a, indicesIn(step.in("fixedCols")), k, n, z, f)
-                         : s.setMatrix(a, k, n, z, f);
-    expectOut(step, "code", code);
-    if (step.hasOut("estimate")) {
-      DoubleGenMat clamped = a.copy();
-      if (z) clamped.dataVec().clampZero(0.001);
-      expectOut(step, "estimate", Open::estimate(clamped));
-    }
+    const IntVec fixed = step.hasIn("fixedCols") ? indicesIn(step.in("fixedCols")) : IntVec();
+    const bool cleans = flag(step, "cleanZeros");
+    expectOut(step, "code",
+              s.setMatrix(a, fixed, step.in("constraintRows").toInt(), flag(step, "normalise"),
+                          cleans, flag(step, "findCutoff")));
+    DoubleGenMat clamped = a.copy();
+    if (cleans) clamped.dataVec().clampZero(0.001);
+    expectOut(step, "estimate", Open::estimate(clamped));
     expectOut(step, "tolerance", std::as_const(s).tolerance());
     expectOut(step, "totalRows", s.totalRows());
     expectOut(step, "totalCols", s.totalCols());
@@ -166,69 +147,66 @@ class Case {
     expectOut(step, "constraintRows", s.*Open::constraintRows);
     expectOut(step, "isNormalised", s.isNormalised());
     expectOut(step, "rhsMult", s.rhsMult());
-    expectOut(step, "prepared", (s.*Open::matrix).dataVec());
+    expectOut(step, "prepared", s.*Open::matrix);
     if (auto* householder = dynamic_cast<Thouseholder*>(&s)) expectFactor(step, *householder);
   }
 
-  static void expectFactor(const Step& step, Thouseholder& s) {
-    const int rows = static_cast<int>((s.*Open::factorMatrix).rows());
-    const int first = std::max(0, rows - static_cast<int>((s.*Open::factorMatrix).cols()));
+  static void expectFactor(const Step& step, const Thouseholder& s) {
+    const DoubleGenMat& f = s.*Open::factorMatrix;
+    const int rows = static_cast<int>(f.rows()), first = std::max(0, rows - int(f.cols()));
     const auto pivots = [&](const DoubleVec& v) {
-      return v.slice(first, static_cast<unsigned>(rows - first), 1);
+      return v.slice(first, unsigned(rows - first), 1);
     };
     expectOut(step, "sigma", pivots(s.*Open::sigma));
     expectOut(step, "beta", pivots(s.*Open::beta));
     expectOut(step, "rowPerm", s.*Open::rowPerm);
     expectOut(step, "colPerm", s.*Open::colPerm);
-    expectOut(step, "factor", (s.*Open::factorMatrix).dataVec());
+    expectOut(step, "factor", f);
   }
 
   void solve(const Step& step) {
-    const TsolveConstrainedLsq& s = solver(step);
-    const bool keep = flag(step, "keepValues");
-    const bool isNull = step.hasIn("nullX");
     const Item& rhs = step.in("rhs");
+    const bool isGiven = step.hasIn("x");
+    const int cols = solver(step).totalCols();
     if (step.in("form").text == "vector") {
-      DoubleVec x = step.hasIn("x") ? vectorIn(step.in("x"))
-                                    : DoubleVec(static_cast<unsigned>(s.totalCols()), 0.0);
-      const int code = s.solve(vectorIn(rhs), isNull ? nullptr : &x, keep);
-      expectCode(step, code, x);
+      solveFor(step, vectorIn(rhs),
+               isGiven ? vectorIn(step.in("x")) : DoubleVec(unsigned(cols), 0.0));
     } else {
-      TtupleVector x =
-          step.hasIn("x") ? pointsIn(step.in("x")) : TtupleVector(rhs.rows, s.totalCols(), 0.0);
-      const int code = s.solve(pointsIn(rhs), isNull ? nullptr : &x, keep);
-      expectCode(step, code, x);
+      solveFor(step, pointsIn(rhs),
+               isGiven ? pointsIn(step.in("x")) : TtupleVector(rhs.rows, cols, 0.0));
     }
+  }
+
+  template <class Side>
+  void solveFor(const Step& step, const Side& rhs, Side x) {
+    Side* const result = step.hasIn("nullX") ? nullptr : &x;
+    const int code = solver(step).solve(rhs, result, flag(step, "keepValues"));
+    expectCode(step, code, x);
   }
 
   void valueSolve(const Step& step) {
     const Item& rhs = step.in("rhs");
-    if (rhs.rows == 1) {
-      const DoubleVec x = solver(step).solve(vectorIn(rhs));
-      expectOut(step, "points", x.length());
-      expectOut(step, "x", x);
-    } else {
-      const TtupleVector x = solver(step).solve(pointsIn(rhs));
-      expectOut(step, "points", x.points());
-      expectOut(step, "x", static_cast<const DoubleVec&>(x));
-    }
+    const DoubleVec x = rhs.rows == 1 ? solver(step).solve(vectorIn(rhs))
+                                      : solver(step).solve(pointsIn(rhs)).data();
+    expectOut(step, "points", static_cast<int>(x.length()) / rhs.rows);
+    expectOut(step, "x", x);
   }
 
   void solveInPlace(const Step& step) {
     DoubleVec rhs = vectorIn(step.in("rhs"));
-    DoubleVec x(static_cast<unsigned>(step.in("length").toInt()), 0.0);
+    DoubleVec x(unsigned(step.in("length").toInt()), 0.0);
     const int code = solver(step).solveInPlace(rhs, &x);
     expectCode(step, code, x);
   }
 
-  void altMatrix(const Step& step) { expectOut(step, "alt", solver(step).altMatrix().dataVec()); }
+  void altMatrix(const Step& step) { expectOut(step, "alt", solver(step).altMatrix()); }
 
   void findZero(const Step& step) {
     IntVec rows, cols;
-    const bool found =
-        TsolveSystems::findZero(matrixIn(step.in("A")), indicesIn(step.in("fixedCols")), rows, cols,
-                                step.in("tolerance").values[0]);
-    expectOut(step, "found", found);
+    const IntVec fixed = indicesIn(step.in("fixedCols"));
+    const double tolerance = step.in("tolerance").values[0];
+    expectOut(step, "found",
+              TsolveSystems::findZero(matrixIn(step.in("A")), fixed, rows, cols, tolerance));
     expectOut(step, "usedRowIndex", rows);
     expectOut(step, "usedColIndex", cols);
   }
@@ -242,9 +220,9 @@ class Case {
   void tensorSetMatrix(const Step& step) {
     const std::vector<int> k = step.in("constraintRows").ints(), f = step.in("flags").ints();
     TsolveTensorProductLsq& t = tensor(step);
-    const int code = t.setMatrix(matrixIn(step.in("U")), matrixIn(step.in("V")), k[0], k[1], f[0],
-                                 f[1], f[2], f[3], f[4], f[5]);
-    expectOut(step, "code", code);
+    expectOut(step, "code",
+              t.setMatrix(matrixIn(step.in("U")), matrixIn(step.in("V")), k[0], k[1], f[0], f[1],
+                          f[2], f[3], f[4], f[5]));
     expectOut(step, "dependentU", t.solverInU().isDependent());
     expectOut(step, "dependentV", t.solverInV().isDependent());
   }
@@ -253,9 +231,13 @@ class Case {
   template <class Call>
   static void callTensor(const Step& step, Call call) {
     const int dimension = step.in("bDim").toInt();
-    TtupleMatrix b = gridIn(&step.in("b"), dimension, step.in("bShape"));
-    TtupleMatrix x =
-        gridIn(step.hasIn("x") ? &step.in("x") : nullptr, dimension, step.in("xShape"));
+    const auto gridIn = [&](const char* name, const char* shape) {
+      const std::vector<int> size = step.in(shape).ints();
+      TtupleMatrix grid(dimension, size[0], size[1], 0.0);
+      if (step.hasIn(name)) grid.data() = vectorIn(step.in(name));
+      return grid;
+    };
+    TtupleMatrix b = gridIn("b", "bShape"), x = gridIn("x", "xShape");
     int code;
     if (dimension == 1) {
       DoubleGenMat unknowns = x.component(0);
@@ -272,8 +254,7 @@ class Case {
 
   void tensorSolveFixed(const Step& step) {
     const Item& mask = step.in("mask");
-    const IntGenMat fixed(indicesIn(mask), static_cast<unsigned>(mask.rows),
-                          static_cast<unsigned>(mask.cols));
+    const IntGenMat fixed(indicesIn(mask), unsigned(mask.rows), unsigned(mask.cols));
     callTensor(step, [&](const auto& b, auto* x) {
       return tensor(step).solveFixed(matrixIn(step.in("U")), matrixIn(step.in("V")), fixed, b, x);
     });
@@ -284,14 +265,6 @@ class Case {
   std::map<int, std::unique_ptr<TsolveTensorProductLsq>> tensors_;
 };
 
-std::string reportsOf(const Step& step) {
-  std::string lines;
-  for (const Item& item : step.items) {
-    if (item.isResult && item.name == "report") lines += item.text + "\n";
-  }
-  return lines;
-}
-
 TEST(SolversGolden, EveryCaseAgrees) {
   int cases = 0;
   for (const std::string& path : goldenFiles("solvers")) {
@@ -300,9 +273,13 @@ TEST(SolversGolden, EveryCaseAgrees) {
     SCOPED_TRACE(golden.name + ": " + golden.about);
     Case state;
     for (const Step& step : golden.steps) {
+      std::string reports;
+      for (const Item& item : step.items) {
+        if (item.isResult && item.name == "report") reports += item.text + "\n";
+      }
       testing::internal::CaptureStderr();
       state.run(step);
-      EXPECT_EQ(testing::internal::GetCapturedStderr(), reportsOf(step));
+      EXPECT_EQ(testing::internal::GetCapturedStderr(), reports);
     }
     ++cases;
   }

@@ -34,26 +34,19 @@ struct SlowHouseholder {
     if (r >= c && c > k) leastSquaresPhase();
     solvable = true;
     for (int i = std::max(r - c, 0); i < r; ++i) {
-      if (sigma[at(i)] == 0 || std::abs(sigma[at(i)]) < 1e-13 * N) {
-        sigma[at(i)] = 0;
-        solvable = false;
-      }
+      if (sigma[at(i)] == 0 || std::abs(sigma[at(i)]) < 1e-13 * N) sigma[at(i)] = 0;
+      solvable &= sigma[at(i)] != 0 && !std::isnan(sigma[at(i)]);
     }
   }
 
   // rhs is used up; entry i of the result belongs to column i
   std::vector<double> solve(std::vector<double> rhs) const {
     std::vector<double> x(at(c), 0.0);
-    const int L = r < c ? 0 : r - k, m0 = r < c ? 0 : r - c, n = r < c ? 0 : c - k;
+    const int m0 = r < c ? 0 : r - c, n = r < c ? 0 : c - k;
     for (int j = 0; j < n; ++j) {
-      const int p = m0 + j;
-      double d = 0;
-      for (int i = 0; i < L; ++i)
-        if (i < m0 || i >= p) d += rhs[at(rowPerm[at(i)])] * f(i, j);
-      if (!(std::abs(d) > skip)) continue;
-      d *= beta[at(p)];
-      for (int i = 0; i < L; ++i)
-        if (i < m0 || i >= p) rhs[at(rowPerm[at(i)])] += d * f(i, j);
+      reflect(
+          rowsFrom(m0 + j), m0 + j, [&](int i) -> double& { return rhs[at(rowPerm[at(i)])]; },
+          [&](int i) { return f(i, j); });
     }
     for (int q = r - 1, u = c - 1; q >= m0; --q, --u) {
       double sum = 0;
@@ -63,11 +56,9 @@ struct SlowHouseholder {
       x[at(colPerm[at(u)])] = v;
     }
     for (int s = r - k; s < r; ++s) {
-      double d = 0;
-      for (int j = 0; j <= c - r + s; ++j) d += x[at(j)] * f(s, j);
-      if (!(std::abs(d) > skip)) continue;
-      d *= beta[at(s)];
-      for (int j = 0; j <= c - r + s; ++j) x[at(j)] += d * f(s, j);
+      reflect(
+          upTo(c - r + s + 1), s, [&](int j) -> double& { return x[at(j)]; },
+          [&](int j) { return f(s, j); });
     }
     return x;
   }
@@ -77,6 +68,37 @@ struct SlowHouseholder {
   double& f(int i, int j) { return F[at(j) * at(r) + at(i)]; }
   double f(int i, int j) const { return F[at(j) * at(r) + at(i)]; }
 
+  static std::vector<int> upTo(int end) {
+    std::vector<int> all;
+    for (int i = 0; i < end; ++i) all.push_back(i);
+    return all;
+  }
+
+  // The rows that take part in the least-squares step whose pivot row is p.
+  std::vector<int> rowsFrom(int p) const {
+    std::vector<int> rows;
+    for (int i : upTo(r - k))
+      if (i < r - c || i >= p) rows.push_back(i);
+    return rows;
+  }
+
+  template <class W>
+  static double squares(const std::vector<int>& over, W w) {
+    double sum = 0;
+    for (int i : over) sum += w(i) * w(i);
+    return sum;
+  }
+
+  // x += (x . w) beta[p] w over these indices, unless the product is within the threshold.
+  template <class X, class W>
+  void reflect(const std::vector<int>& over, int p, X x, W w) const {
+    double d = 0;
+    for (int i : over) d += x(i) * w(i);
+    if (!(std::abs(d) > skip)) return;
+    d *= beta[at(p)];
+    for (int i : over) x(i) += d * w(i);
+  }
+
   int largest(int first, int end) const {
     int best = first;
     for (int i = first + 1; i < end; ++i)
@@ -84,15 +106,13 @@ struct SlowHouseholder {
     return best;
   }
 
-  // Entries one by one through the addresses given. @return whether there is a reflection.
-  bool form(const std::vector<double*>& entries, double& pivot, int p) {
+  // Forms the reflection of the entries w. @return whether there is one.
+  template <class W>
+  bool form(const std::vector<int>& over, int p, double& pivot, W w) {
     double m = -1;
-    for (const double* e : entries)
-      if (std::abs(*e) > m) m = std::abs(*e);
+    for (int i : over) m = std::max(m, std::abs(w(i)));
     if (m < 0 || m <= skip) return false;
-    double squares = 0;
-    for (const double* e : entries) squares += (*e * (1 / m)) * (*e * (1 / m));
-    double s = std::sqrt(squares) * m;
+    double s = std::sqrt(squares(over, [&](int i) { return w(i) * (1 / m); })) * m;
     if (pivot > 0) s = -s;
     pivot -= s;
     sigma[at(p)] = s;
@@ -102,72 +122,43 @@ struct SlowHouseholder {
 
   void constraintPhase() {
     const int first = r - k;
-    const auto rowSquares = [&](int i, int columns) {
-      double sum = 0;
-      for (int j = 0; j < columns; ++j) sum += f(i, j) * f(i, j);
-      return sum;
-    };
-    for (int i = first; i < r; ++i) norms[at(i)] = rowSquares(i, c);
+    const auto row = [this](int i) { return [this, i](int j) -> double& { return f(i, j); }; };
+    for (int i = first; i < r; ++i) norms[at(i)] = squares(upTo(c), row(i));
     double reference = N = norms[at(largest(first, r))];
     for (int p = r - 1, q = c - 1; p >= first; --p, --q) {
       const int from = largest(first, p + 1);
-      for (int j = 0; j < c; ++j)
-        if (from != p) std::swap(f(from, j), f(p, j));
+      for (int j = 0; j < c; ++j) std::swap(f(from, j), f(p, j));
       std::swap(norms[at(from)], norms[at(p)]);
       std::swap(rowPerm[at(from)], rowPerm[at(p)]);
-      std::vector<double*> row;
-      for (int j = 0; j <= q; ++j) row.push_back(&f(p, j));
-      if (form(row, f(p, q), p)) {
-        for (int i = 0; i < p; ++i) {
-          double d = 0;
-          for (int j = 0; j <= q; ++j) d += f(i, j) * f(p, j);
-          if (!(std::abs(d) > skip)) continue;
-          d *= beta[at(p)];
-          for (int j = 0; j <= q; ++j) f(i, j) += d * f(p, j);
-        }
-      }
+      const std::vector<int> columns = upTo(q + 1);
+      if (form(columns, p, f(p, q), row(p)))
+        for (int i = 0; i < p; ++i) reflect(columns, p, row(i), row(p));
       for (int i = first; i < p; ++i) norms[at(i)] -= f(i, q) * f(i, q);
       if (first < p && norms[at(largest(first, p))] * 100 < reference) {
-        for (int i = first; i < p; ++i) norms[at(i)] = rowSquares(i, q);
+        for (int i = first; i < p; ++i) norms[at(i)] = squares(upTo(q), row(i));
         reference = norms[at(largest(first, p))];
       }
     }
   }
 
   void leastSquaresPhase() {
-    const int L = r - k, m0 = r - c, n = c - k;
-    const auto columnSquares = [&](int j, int from) {
-      double sum = 0;
-      for (int i = 0; i < L; ++i)
-        if (i < m0 || i >= from) sum += f(i, j) * f(i, j);
-      return sum;
-    };
-    for (int j = 0; j < n; ++j) norms[at(j)] = columnSquares(j, 0);
+    const int m0 = r - c, n = c - k;
+    const auto column = [this](int j) { return [this, j](int i) -> double& { return f(i, j); }; };
+    for (int j = 0; j < n; ++j) norms[at(j)] = squares(rowsFrom(0), column(j));
     double reference = norms[at(largest(0, n))];
     if (k == 0 || reference > N) N = reference;
     for (int j = 0; j < n; ++j) {
       const int p = m0 + j, from = largest(j, n);
-      for (int i = 0; i < L; ++i)
-        if (from != j) std::swap(f(i, from), f(i, j));
+      for (int i = 0; i < r - k; ++i) std::swap(f(i, from), f(i, j));
       std::swap(norms[at(from)], norms[at(j)]);
       std::swap(colPerm[at(from)], colPerm[at(j)]);
-      std::vector<double*> column;
-      for (int i = 0; i < L; ++i)
-        if (i < m0 || i >= p) column.push_back(&f(i, j));
-      if (form(column, f(p, j), p)) {
-        for (int other = j + 1; other < c; ++other) {
-          double d = 0;
-          for (int i = 0; i < L; ++i)
-            if (i < m0 || i >= p) d += f(i, other) * f(i, j);
-          if (!(std::abs(d) > skip)) continue;
-          d *= beta[at(p)];
-          for (int i = 0; i < L; ++i)
-            if (i < m0 || i >= p) f(i, other) += d * f(i, j);
-        }
-      }
+      const std::vector<int> rows = rowsFrom(p);
+      if (form(rows, p, f(p, j), column(j)))
+        for (int other = j + 1; other < c; ++other) reflect(rows, p, column(other), column(j));
       for (int other = j + 1; other < n; ++other) norms[at(other)] -= f(p, other) * f(p, other);
       if (j + 1 < n && norms[at(largest(j + 1, n))] * 100 < reference) {
-        for (int other = j + 1; other < n; ++other) norms[at(other)] = columnSquares(other, p + 1);
+        for (int other = j + 1; other < n; ++other)
+          norms[at(other)] = squares(rowsFrom(p + 1), column(other));
         reference = norms[at(largest(j + 1, n))];
       }
     }

@@ -20,6 +20,12 @@ TYPED_TEST(VectorArithmetic, ReductionsAndSearchesAgreeWithPlainLoops) {
   for (int n = 0; n < 40; ++n) {
     std::vector<T> x, sums, steps;
     for (int i = 0; i < n; ++i) x.push_back(static_cast<T>(numberIn(random, -9, 9)));
+    if constexpr (std::is_integral_v<T>) {  // that wrap, their product without a zero
+      for (T& xi : x) {
+        if (random() % 2 == 0) xi = randomElement<T>(random);
+        if (n % 3 == 0) xi = static_cast<T>(xi | 1);
+      }
+    }
     T total{}, product{1}, inner{}, before{};
     std::vector<int> twos, others, less;
     for (const T xi : x) {
@@ -60,7 +66,7 @@ TYPED_TEST(VectorArithmetic, ReductionsAndSearchesAgreeWithPlainLoops) {
     }
     TypeParam other = v.copy();
     EXPECT_TRUE(v == other && !(v != other));
-    if (n > 0) other(n - 1) = 11;
+    if (n > 0) other(n - 1) = Rules::add(v(n - 1), 1);
     EXPECT_EQ(v != other, n > 0);
     EXPECT_NE(v, TypeParam(static_cast<unsigned>(n) + 1, 0));
   }
@@ -83,21 +89,9 @@ TYPED_TEST(VectorArithmetic, EmptyAndMismatchedOperandsReportAndGoOn) {
                                                                 {"VNMATCH", lengthsDiffer(3, 2)}}));
 }
 
-TEST(IntegerVectors, WrapAndDivideTowardZero) {
-  EXPECT_TRUE(holds(SCharVec(3, 100, 20), {100, 120, -116}));
-  EXPECT_EQ(sum(SCharVec(2, 100)), -56);
-  EXPECT_EQ(dot(SCharVec(2, 100), SCharVec(2, 3)), 88);  // 600 in 8 bits
-  const int pair[] = {7, -7};
-  IntVec v(pair, 2);
-  v /= -2;
-  EXPECT_TRUE(holds(v, {-3, 3}));
-  EXPECT_TRUE(holds(abs(IntVec(1, INT_MIN)), {INT_MIN}));
-  EXPECT_EQ(prod(IntVec(31, 2)), INT_MIN);
-}
-
 TEST(IntegerVectors, ConvertExactlyOrByCuttingOff) {
   EXPECT_TRUE(holds(DoubleVec(IntVec(3, 1, 2)), {1.0, 3.0, 5.0}));
-  EXPECT_TRUE(holds(IntVec(SCharVec(2, -128, 127)), {-128, -1}));
+  EXPECT_TRUE(holds(IntVec(SCharVec(4, -128, 127)), {-128, -1, 126, -3}));
   const double x[] = {1.9, -1.9, -2147483648.9, 2147483647.9, 2147483648.0, std::nan("")};
   EXPECT_TRUE(holds(IntVec(DoubleVec(x, 6)), {1, -1, INT_MIN, INT_MAX, INT_MIN, INT_MIN}));
   EXPECT_TRUE(holds(SCharVec(IntVec(4, 127, 86)), {127, -43, 43, -127}));
@@ -121,24 +115,12 @@ TEST(DoubleVectors, SearchesKnowNaNAndTolerance) {
   EXPECT_TRUE(holds(v, {0.0, kNan, 0.0, 2e-9, 0.0, 5.0}));
 }
 
-TEST(DoubleVectors, MeanAndVarianceArePopulationFigures) {
-  const DoubleVec v(4, 1.0, 1.0);
-  EXPECT_EQ(mean(v), 2.5);
-  EXPECT_EQ(variance(v), 1.25);
+TEST(DoubleVectors, MeanAndVarianceOfTooFewPoints) {
   EXPECT_TRUE(std::isnan(mean(DoubleVec())));
   RecordedErrors errors;
   EXPECT_EQ(variance(DoubleVec(1, 3.0)), 0.0);
-  ASSERT_EQ(errors.all().size(), 1u);
-  EXPECT_EQ(errors.all()[0].code, 0x3009u);
-  EXPECT_EQ(errors.all()[0].origin, 0xF000u);
-  EXPECT_EQ(errors.takeTexts(), "[NPOINTS: DoubleVec]: Vector (1) Variance needs minimum of 2\n");
-}
-
-TEST(DoubleVectors, SquareRootsAreRoundedOnce) {
-  // Just below the middle of two doubles: rounding to a longer format first would go up.
-  const double eps = std::numeric_limits<double>::epsilon();
-  EXPECT_EQ(sqrt(DoubleVec(1, 1 + 3 * eps))(0), 1 + eps);
-  EXPECT_EQ(sqrt(DoubleVec(1, 1 + 7 * eps))(0), 1 + 3 * eps);
+  EXPECT_EQ(errors.all().at(0).origin, 0xF000u);
+  EXPECT_EQ(errors.takeText(), "3009 [NPOINTS: DoubleVec]: Vector (1) Variance needs minimum of 2");
 }
 
 TEST(DoubleVectors, FunctionsAreTheCLibrarys) {
@@ -157,6 +139,9 @@ TEST(DoubleVectors, FunctionsAreTheCLibrarys) {
     EXPECT_TRUE(sameBits(angles(i), std::atan2(y(i), v(i))));
     EXPECT_TRUE(sameBits(powers(i), std::pow(v(i), y(i))));
   }
+  // Just below the middle of two doubles: rounding to a longer format first would go up.
+  const double eps = std::numeric_limits<double>::epsilon();
+  EXPECT_TRUE(holds(sqrt(DoubleVec(2, 1 + 3 * eps, 4 * eps)), {1 + eps, 1 + 3 * eps}));
   RecordedErrors errors;
   EXPECT_TRUE(holds(pow(DoubleVec(1, 2.0), DoubleVec(2, 3.0)), {8.0, 0.0}));
   EXPECT_EQ(errors.takeTexts(), messages("DoubleVec", {{"VNMATCH", lengthsDiffer(1, 2)}}));

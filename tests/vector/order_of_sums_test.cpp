@@ -38,16 +38,6 @@ TEST(OrderOfSums, IsThatOfTheIndex) {
   }
 }
 
-TEST(OrderOfSums, RampsAreRunningSums) {
-  volatile double element = 1.0;
-  const DoubleVec ramp(1000, 1.0, 0.1);
-  for (int i = 0; i < 1000; ++i) {
-    EXPECT_EQ(ramp(i), element);
-    element = element + 0.1;
-  }
-  EXPECT_NE(element, 1.0 + 1000 * 0.1);
-}
-
 // The table of tools/order_of_sums.py: special values, and a vector to tell each other cut, scaling
 // or left out phase from the published ones.
 TEST(VectorLength, FollowsThePublishedFourPhases) {

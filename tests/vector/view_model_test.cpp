@@ -215,8 +215,9 @@ class ModelRun {
     for (int i = last < 0 ? 0 : numberIn(random_, 0, kLongest); i > 0; --i) {
       indices.push_back(numberIn(random_, 0, last));
     }
-    auto pick =
-        vectors_[from].vecPick(reverse(vectorOf<IntVec>({indices.rbegin(), indices.rend()})));
+    IntVec list(static_cast<unsigned>(indices.size()), 0);
+    auto first = vectors_[from].vecPick(reverse(list)), pick(first);
+    list = vectorOf<IntVec>({indices.rbegin(), indices.rend()});  // which the picks share
     const Model picked = models_[from].picked(indices), other = models_[to];
     const auto copy = [&](const Model& target, const Model& source) {
       const std::size_t n = paired(picked.size(), other.size(), pick.className);
@@ -262,11 +263,9 @@ TYPED_TEST(VectorViews, AgreeWithPlainArraysAndIndexLists) {
 TYPED_TEST(VectorViews, PointIntoSharedStorage) {
   const TypeParam v(6, 1, 1);
   TypeParam part = v.slice(4, 3, -2), nested = part.slice(2, 2, -1), sole(3, 1);
-  EXPECT_EQ(part.data(), v.data() + 4);
-  EXPECT_EQ(part.stride(), -2);
+  EXPECT_TRUE(part.data() == v.data() + 4 && part.stride() == -2);
   EXPECT_EQ(&part.sub(1), v.data() + 5);  // storage, not the view
-  EXPECT_EQ(nested.data(), v.data());
-  EXPECT_EQ(nested.stride(), 2);
+  EXPECT_TRUE(nested.data() == v.data() && nested.stride() == 2);
   const auto* before = sole.data();
   sole.deepenShallowCopy();
   EXPECT_EQ(sole.data(), before);  // its own already
@@ -311,13 +310,35 @@ TYPED_TEST(VectorViews, ChecksReportWithTheClassNameAndOrigin) {
                       {"ZEROVEC", "f: vector is empty"}}));
 }
 
+template <class Pick>
+struct CheckedPick : Pick {
+  explicit CheckedPick(const Pick& pick) : Pick(pick) {}
+  void check(unsigned n) const {
+    this->assertElements();
+    this->lengthCheck(n);
+  }
+};
+
+TYPED_TEST(VectorViews, ChecksOfPicksForDerivedClassesReportEveryBadIndex) {
+  TypeParam v(3, 1), none;
+  const int indices[] = {0, -1, 2, 3};
+  CheckedPick checked(v.vecPick(IntVec(indices, 4))), ofNone(none.vecPick(IntVec(1, 0)));
+  RecordedErrors errors;
+  checked.check(4);
+  ofNone.check(2);
+  EXPECT_EQ(errors.all().front().origin, checked.origin);
+  EXPECT_EQ(errors.takeTexts(),
+            messages(checked.className, {{"INDEX", "Index (-1) out of range [0->2]"},
+                                         {"INDEX", "Index (3) out of range [0->2]"},
+                                         {"INDEX", "Index (0) out of range [0->4294967295]"},
+                                         {"VNMATCH", lengthsDiffer(1, 2)}}));
+}
+
 TEST(VectorNames, CarryTheirOrigins) {
-  EXPECT_EQ(DoubleVec::origin, 0x900E);
-  EXPECT_EQ(IntVec::origin, 0x9018);
-  EXPECT_EQ(SCharVec::origin, 0x9024);
-  EXPECT_EQ(DoubleVecPick::origin, 0x900D);
-  EXPECT_EQ(IntVecPick::origin, 0x9017);
-  EXPECT_EQ(SCharVecPick::origin, 0x9023);
+  const int origins[] = {DoubleVec::origin,     IntVec::origin,     SCharVec::origin,
+                         DoubleVecPick::origin, IntVecPick::origin, SCharVecPick::origin};
+  const int kept[] = {0x900E, 0x9018, 0x9024, 0x900D, 0x9017, 0x9023};
+  EXPECT_TRUE(std::equal(kept, kept + 6, origins));
 }
 
 }  // namespace

@@ -9,8 +9,15 @@
 /// is read: R upper triangular, P a permutation, or the identity with pivoting off.
 ///
 /// A matrix that is not positive definite is no error: the number of positive pivots, k, tells how
-/// far the factorisation went. When memory for a factorisation cannot be had, 0x3008 is reported
-/// and the factor is 0 x 0.
+/// far the factorisation went.
+///
+/// A copy changes with its original: both share the pivots, and go on sharing them when one of the
+/// two factors another matrix of the same order, though the copy keeps its factor. What it computes
+/// with the other's pivots is wrong. Shifts, updates and downdates change the factor of both.
+///
+/// When memory for a factorisation cannot be had, 0x3008 is reported and the factor is 0 x 0; when
+/// it runs out in `solve`, `partialSolve` or a permutation, the result is empty; in `shift`,
+/// `update` or `downdate`, nothing is changed.
 ///
 /// Source: LINPACK Users' Guide (1979), ch. 8 and 10: DCHDC, DPOSL, DCHEX, DCHUD and DCHDD.
 class KNOTWORK_API DoubleChDecomp {
@@ -22,9 +29,7 @@ class KNOTWORK_API DoubleChDecomp {
   DoubleChDecomp();
   /// The same, then `factor(A)`.
   explicit DoubleChDecomp(const DoubleGenMat& A);
-  /// Shares factor and pivots: shifts, updates and downdates write through to the other object, and
-  /// so do the pivots of a later factorisation of the same order, which takes storage of its own
-  /// for the factor alone.
+  /// Shares factor and pivots (see above).
   DoubleChDecomp(const DoubleChDecomp& other);
   /// Copies factor and pivots into the elements that are there, and k and the pivoting flag.
   /// Reports 0x4004 where dimensions, 0x300F where lengths differ.
@@ -51,32 +56,32 @@ class KNOTWORK_API DoubleChDecomp {
   int setPivoting(int column, int position);
 
   /// @return number of rows of the factored matrix.
-  unsigned rows() const { return factor_.rows(); }
+  KNOTWORK_INLINE_API unsigned rows() const { return factor_.rows(); }
   /// @return number of columns of the factored matrix.
-  unsigned cols() const { return factor_.cols(); }
+  KNOTWORK_INLINE_API unsigned cols() const { return factor_.cols(); }
   /// @return R in and above the diagonal; a copy of it is a view.
-  const DoubleGenMat& factors() const { return factor_; }
+  KNOTWORK_INLINE_API const DoubleGenMat& factors() const { return factor_; }
   /// @return view on the pivots: entry i is the column of A, from 0, in place i of P'A P; before a
   /// factorisation the constraints.
   IntVec pivots() const;
   /// @return whether k is the number of rows.
-  bool isPD() const;
+  [[nodiscard]] bool isPD() const;
   /// @return k - 1, the last place with a positive pivot; -2 before any factorisation.
   int lastPosFactor() const;
   /// @return whether some diagonal element of the factor from place k - 1 on is negative.
-  bool fail() const;
+  [[nodiscard]] bool fail() const;
   /// @return the negation of `fail`.
-  bool good() const;
+  [[nodiscard]] bool good() const;
   /// @return (R(n-1, n-1) / R(0, 0))^2, n = cols, if all pivots but the last are positive, so
   /// R(n-1, n-1) is what the factorisation stopped at; otherwise 0, for a positive definite matrix
   /// too. Reports 0x5001, a warning, with pivoting off and returns -1.
-  double condition() const;
+  [[nodiscard]] double condition() const;
 
   /// @return new vector w with w[i] = v[pivots()[i]]; with pivoting off, a view on v. Reports
   /// 0x5004 if v is not as long as the pivots; where there is no such element, w[i] is 0.
-  DoubleVec permute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec permute(const DoubleVec& v) const;
   /// @return new vector w with w[pivots()[i]] = v[i], the inverse of `permute`. Reports alike.
-  DoubleVec unpermute(const DoubleVec& v) const;
+  [[nodiscard]] DoubleVec unpermute(const DoubleVec& v) const;
 
   /// Solution of R'R x = b with the leading n x n block of R.
   ///
@@ -84,10 +89,10 @@ class KNOTWORK_API DoubleChDecomp {
   /// @return   new vector as long as b.
   /// Reports   0x5002 if b's length is not n; 0x5011 if n > k, and solves all the same as far as b
   ///           and R go.
-  DoubleVec partialSolve(const DoubleVec& b, int n) const;
+  [[nodiscard]] DoubleVec partialSolve(const DoubleVec& b, int n) const;
   /// @return new vector: the solution of A x = b, in the order of A. Reports as `permute`, then as
   /// `partialSolve` with n = cols.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
 
   /// Moves a column of R, makes R triangular again by rotations from the left, and rotates the rows
   /// of Z alike. Pivots and k stay what they were.
@@ -119,26 +124,19 @@ class KNOTWORK_API DoubleChDecomp {
               DoubleVec* s);
   /// Removes the row x again; arguments and reports as for `update`.
   ///
-  /// @return 0: done; -1: R cannot be downdated, and nothing but s has changed; 1: done, but some
+  /// @return 0: done; -1: R cannot be downdated, or there was no memory (0x3008 was reported then),
+  /// and nothing but s has changed; 1: done, but some
   /// residual norm cannot be downdated, and is -1 from now on.
-  int downdate(const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y, DoubleVec* rho,
-               DoubleVec* c, DoubleVec* s);
+  [[nodiscard]] int downdate(const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y,
+                             DoubleVec* rho, DoubleVec* c, DoubleVec* s);
 
  protected:
   /// Factors the matrix that stands in place of the factor. All pivots drop by 1 in the end, from
-  /// the kernel's numbering to ours; with pivoting off, too.
+  /// LINPACK's numbering to ours; with pivoting off, too.
   void dofactor();
-  /// @return order of the triangle, min(rows, cols).
-  unsigned order() const;
 
   DoubleGenMat factor_;
   int positive_ = -1;  // k, number of positive pivots
   IntVec pivots_;
   int pivoting_ = 1;
-
- private:
-  void checkRowChange(const DoubleVec& x, const DoubleGenMat* Z, const DoubleVec* y,
-                      const DoubleVec* rho, const DoubleVec* c, const DoubleVec* s) const;
-  int changeRow(bool adding, const DoubleVec& x, DoubleGenMat* Z, const DoubleVec* y,
-                DoubleVec* rho, DoubleVec* c, DoubleVec* s);
 };

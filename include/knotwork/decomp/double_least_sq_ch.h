@@ -7,7 +7,8 @@
 /// min ||A x - b|| for a rows x cols matrix A: a Cholesky decomposition of A'A, and a copy of A.
 ///
 /// Faster than by QR, but A'A has the square of A's condition: half of the digits may be lost. The
-/// solution is not refined. Free unknowns are 0. Copying is that of DoubleChDecomp, of A alike.
+/// solution is not refined. Free unknowns are 0. Copies, A among what they share, and memory that
+/// runs out are as told of DoubleChDecomp.
 class KNOTWORK_API DoubleLeastSqCh : public DoubleChDecomp {
  public:
   /// No equations, pivoting on, tolerance 0.
@@ -25,16 +26,16 @@ class KNOTWORK_API DoubleLeastSqCh : public DoubleChDecomp {
   unsigned numEquations() const;
   /// @return number of free unknowns: the order less the places up to the last positive pivot that
   /// is beyond the tolerance.
-  unsigned numFreeCols() const;
+  [[nodiscard]] unsigned numFreeCols() const;
   /// @return whether there are free unknowns.
-  bool isUnderDetermined() const;
+  [[nodiscard]] bool isUnderDetermined() const;
 
   /// @param b  right-hand side, as long as there are equations, any stride.
   /// @return   new vector of length cols, in the column order of A; empty if cols is 0.
   /// Reports   0x5002 if b's length is wrong, and then 0x4015.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// @return new vector b - A x. Reports as `solve`.
-  DoubleVec residual(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec residual(const DoubleVec& b) const;
 
  private:
   DoubleGenMat data_;

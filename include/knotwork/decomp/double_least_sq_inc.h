@@ -11,6 +11,9 @@
 /// Copies share the factor R for good: `copy` and `deepenShallowCopy` separate the data and the
 /// residual norms alone, so an equation added to one object changes the R of its copies too.
 ///
+/// Without memory, reported by 0x3008, there are no unknowns and no data from the beginning, an
+/// equation is not added or removed, and a solution is empty.
+///
 /// Source: LINPACK Users' Guide (1979), ch. 10: DCHUD and DCHDD; ch. 6: DTRSL.
 class KNOTWORK_API DoubleLeastSqInc : public DoubleChDecomp {
  public:
@@ -23,29 +26,31 @@ class KNOTWORK_API DoubleLeastSqInc : public DoubleChDecomp {
   void addEquation(DoubleVec& x, const DoubleVec& y);
   void addEquation(DoubleVec& x, double y);
   /// Removes an equation that was added. @return as `downdate`, and reports like it.
-  int deleteEquation(DoubleVec& x, const DoubleVec& y);
-  int deleteEquation(DoubleVec& x, double y);
+  [[nodiscard]] int deleteEquation(DoubleVec& x, const DoubleVec& y);
+  [[nodiscard]] int deleteEquation(DoubleVec& x, double y);
 
   /// @return norm of the residual for right-hand side j; -1 after a removal that could not be.
   /// Reports 0x500B unless 0 <= j < d, and returns 0.
-  double residualNorm(int j) const;
+  [[nodiscard]] double residualNorm(int j) const;
   /// @return whether a diagonal element of R is exactly 0.
-  bool isUnderDetermined() const;
+  [[nodiscard]] bool isUnderDetermined() const;
   /// @return `isUnderDetermined()`.
-  bool fail() const;
+  [[nodiscard]] bool fail() const;
   /// @return the negation of `fail`.
-  bool good() const;
+  [[nodiscard]] bool good() const;
   /// Solution for right-hand side j.
   ///
   /// @return  new vector of length n; the transformed data where R has a zero on its diagonal;
   ///          empty if there is no such j.
   /// Reports  0x5011 if n is 0 or the system underdetermined; 0x500B unless 0 <= j < d; 0x5011 once
   ///          more where a zero on the diagonal is met.
-  DoubleVec solve(int j) const;
+  [[nodiscard]] DoubleVec solve(int j) const;
 
-  /// @return a copy with data and residual norms of its own, and the same R.
-  DoubleLeastSqInc copy() const;
-  /// Gives data and residual norms storage of their own; R stays shared.
+  /// @return a copy with data and residual norms of its own, and the same R; without memory, with
+  /// no data.
+  [[nodiscard]] DoubleLeastSqInc copy() const;
+  /// Gives data and residual norms storage of their own; R stays shared, and without memory the
+  /// others do.
   void deepenShallowCopy();
 
  protected:
@@ -53,5 +58,5 @@ class KNOTWORK_API DoubleLeastSqInc : public DoubleChDecomp {
   DoubleVec norms_;
 
  private:
-  bool checkData(int j) const;
+  KNOTWORK_LOCAL bool checkData(int j) const;
 };

@@ -6,7 +6,8 @@
 
 /// min ||A x - b|| for a rows x cols matrix A of any rank: a QR decomposition of A with a tolerance
 /// that decides which unknowns are free. Free unknowns are 0 in a solution (a basic solution, not
-/// the shortest one). Copying is that of DoubleQRDecomp.
+/// the shortest one). Copies, rank deficiency by structure and memory that runs out are as told of
+/// DoubleQRDecomp.
 ///
 /// Source: Businger, Golub (1965), Linear Least Squares Solutions by Householder Transformations.
 class KNOTWORK_API DoubleLeastSqQR : public DoubleQRDecomp {
@@ -26,21 +27,18 @@ class KNOTWORK_API DoubleLeastSqQR : public DoubleQRDecomp {
   unsigned numEquations() const;
   /// @return number of free unknowns: those in excess of the rows, and the run of diagonal elements
   /// of R at its end whose size is at most the tolerance (a NaN is not).
-  unsigned numFreeCols() const;
+  [[nodiscard]] unsigned numFreeCols() const;
   /// @return whether there are free unknowns.
-  bool isUnderDetermined() const;
+  [[nodiscard]] bool isUnderDetermined() const;
 
   /// @param b  right-hand side, length rows, any stride.
   /// @return   new vector of length cols, in the column order of A.
   /// Reports   0x5002 if b's length is not rows; 0x5011 if cols is 0; then what the QR
   ///           decomposition reports, which looks at b's length once more.
-  DoubleVec solve(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec solve(const DoubleVec& b) const;
   /// @return new vector of length rows, b - A x. Reports as `solve`, but 0x5011 if rows is 0.
-  DoubleVec residual(const DoubleVec& b) const;
+  [[nodiscard]] DoubleVec residual(const DoubleVec& b) const;
 
  private:
-  /// Reports 0x5002 unless b is as long as there are rows, and 0x5011 unless `size` is positive.
-  void check(const DoubleVec& b, unsigned size) const;
-
   double tolerance_ = 0.0;
 };

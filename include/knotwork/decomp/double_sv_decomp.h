@@ -7,6 +7,15 @@
 /// A = U S V' for a rows x cols matrix A: U and V orthogonal, S diagonal, its values decreasing and
 /// not negative. There is no tolerance and no rank decision: the values tell.
 ///
+/// Not every decomposition ends well, and of finite matrices not every one: ask `good` or `fail`
+/// before using any value. Thirty sweeps may not be enough for a value (a 90 x 70 matrix with
+/// singular values in equal ratios from 1 down to 1e-12 ends with none). Constant matrices, at many
+/// sizes from 36 x 36 on, end in NaN: rounding leaves remainders that shrink from step to step
+/// until the reciprocal of a length overflows. That is the published method, kept to the bit.
+///
+/// A copy changes with its original: both share values and vectors, and a later decomposition of
+/// the same size by one of them writes through to the other.
+///
 /// When memory for a decomposition cannot be had, 0x3008 is reported and there are no singular
 /// values.
 ///
@@ -17,8 +26,7 @@ class KNOTWORK_API DoubleSVDecomp {
   DoubleSVDecomp();
   /// All vectors on, then `factor(A)`.
   explicit DoubleSVDecomp(const DoubleGenMat& A);
-  /// Shares values and vectors; a later decomposition of the same size writes through to the other
-  /// object.
+  /// Shares values and vectors (see above).
   DoubleSVDecomp(const DoubleSVDecomp& other);
   /// Copies values and vectors into the elements that are there, and status and switches. Reports
   /// 0x4004 where dimensions, 0x300F where lengths differ.
@@ -55,11 +63,11 @@ class KNOTWORK_API DoubleSVDecomp {
   DoubleGenMat rightVecs() const;
   /// @return number of values less the status: how many are right. With rows < cols the status can
   /// be rows + 1, and the result -1.
-  int numSVsFound() const;
+  [[nodiscard]] int numSVsFound() const;
   /// @return whether there are values and all converged.
-  bool good() const;
+  [[nodiscard]] bool good() const;
   /// @return the negation of `good`.
-  bool fail() const;
+  [[nodiscard]] bool fail() const;
 
  protected:
   DoubleVec values_;

@@ -42,14 +42,14 @@ class KNOTWORK_API TnumberSequence : public DoubleVec {
   /// @param fromLeft  from an index above 0, step back to the last index of the run before, or to 0
   ///                  if there is none: at a breakpoint, x then ends the interval on its left. The
   ///                  step is taken for an x between two breakpoints as well.
-  int findInterval(double x, bool fromLeft) const;
+  [[nodiscard]] int findInterval(double x, bool fromLeft) const;
   /// @return the number, from 0, of the breakpoint that value i belongs to; 0 for a negative i, -1
   /// for one beyond the last.
-  int whichBreakpoint(int i) const;
+  [[nodiscard]] int whichBreakpoint(int i) const;
   /// @return new vector of the distinct values in order.
-  DoubleVec breakpoints() const;
+  [[nodiscard]] DoubleVec breakpoints() const;
   /// @return new vector of the run lengths, one for each breakpoint.
-  IntVec multiplicities() const;
+  [[nodiscard]] IntVec multiplicities() const;
 
   /// Inserts x `multiplicity` times, behind all values up to x; a multiplicity below 1 changes
   /// nothing. The sequence gets storage of its own. Reports 0x3008, and stays as it is, where so
@@ -66,7 +66,8 @@ class KNOTWORK_API TnumberSequence : public DoubleVec {
   /// order, that have no partner in a. Both are walked once from the front; values that differ by
   /// at most `tolerance` (knot units) are partners, each of one value only.
   /// @return slice of a new vector as long as b.
-  static DoubleVec extra(const TnumberSequence& a, const TnumberSequence& b, double tolerance);
+  [[nodiscard]] static DoubleVec extra(const TnumberSequence& a, const TnumberSequence& b,
+                                       double tolerance);
 
   /// Sort ascending in place by exchanging neighbours: stable, quadratic, fit for knot vectors.
   static void sortDoubleVecInPlace(DoubleVec& v);

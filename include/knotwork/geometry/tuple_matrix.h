@@ -54,43 +54,43 @@ class KNOTWORK_API TtupleMatrix : public DoubleVec {
 
   /// @return view on the rows() * size() components of column j, point after point; empty unless
   /// 0 <= j < cols().
-  DoubleVec column(int j);
+  [[nodiscard]] DoubleVec column(int j);
   /// @return new vector of the components of column j; empty unless 0 <= j < cols().
-  DoubleVec column(int j) const;
+  [[nodiscard]] DoubleVec column(int j) const;
   /// @return new vector of the cols() * size() components of row i, point after point; empty unless
   /// 0 <= i < rows().
-  DoubleVec row(int i) const;
+  [[nodiscard]] DoubleVec row(int i) const;
   /// @return list of the points of row i: as `row`, a copy.
-  TtupleVector rowVector(int i) const;
+  [[nodiscard]] TtupleVector rowVector(int i) const;
   /// @return list of the points of column j: as `column`, a view of a grid that can be written, a
   /// copy of a constant one.
-  TtupleVector columnVector(int j);
-  TtupleVector columnVector(int j) const;
+  [[nodiscard]] TtupleVector columnVector(int j);
+  [[nodiscard]] TtupleVector columnVector(int j) const;
 
   /// @return new grid whose column k is column which[k]; 0 x 0 and of dimension 1 if one of them
   /// does not exist.
-  TtupleMatrix cols(const IntVec& which) const;
+  [[nodiscard]] TtupleMatrix cols(const IntVec& which) const;
   /// Selects rows of a grid of dimension 1: column j of the result is that of the flat elements
   /// which[0], which[1], ... of column j. For larger dimensions these are elements, not points:
   /// each column is then reported with 0x300F, in the name of DoubleVecPick, and filled as far as
   /// the elements go.
   /// @return new grid of which.length() rows; 0 x 0 and of dimension 1 if a column has no such
   /// element.
-  TtupleMatrix rows(const IntVec& which) const;
+  [[nodiscard]] TtupleMatrix rows(const IntVec& which) const;
 
   /// @return view on component c of every point, a rows() x cols() matrix; 0 x 0 unless
   /// 0 <= c < size().
-  DoubleGenMat component(int c);
+  [[nodiscard]] DoubleGenMat component(int c);
   /// @return new matrix of component c of every point; 0 x 0 unless 0 <= c < size().
-  DoubleGenMat component(int c) const;
+  [[nodiscard]] DoubleGenMat component(int c) const;
   /// Copies m's columns into component c of the grid's columns. c is not tested. Reports 0x300F for
   /// every column whose length differs or that m does not have.
   void setComponent(int c, const DoubleGenMat& m);
 
   /// @return new rows() x cols() matrix of the Euclidean lengths of the points.
-  DoubleGenMat vecLen() const;
+  [[nodiscard]] DoubleGenMat vecLen() const;
   /// @return new grid with the same points and storage of its own.
-  TtupleMatrix copy() const;
+  [[nodiscard]] TtupleMatrix copy() const;
   /// Makes this another view on the points of `other`, with its shape.
   TtupleMatrix& reference(TtupleMatrix& other);
 
@@ -117,12 +117,12 @@ class KNOTWORK_API TtupleMatrix : public DoubleVec {
   DoubleVec realPoint(int i, int j) const;
 
  private:
-  TtupleMatrix(const DoubleVec& data, int dim, int rows, int cols);
-  long long offset(int i, int j) const;
-  long long columnLength() const;
-  DoubleVec pointView(int i, int j) const;
-  DoubleVec columnView(int j) const;
-  DoubleGenMat componentView(int c) const;
+  KNOTWORK_LOCAL TtupleMatrix(const DoubleVec& data, int dim, int rows, int cols);
+  KNOTWORK_LOCAL long long offset(int i, int j) const;
+  KNOTWORK_LOCAL long long columnLength() const;
+  KNOTWORK_LOCAL DoubleVec pointView(int i, int j) const;
+  KNOTWORK_LOCAL DoubleVec columnView(int j) const;
+  KNOTWORK_LOCAL DoubleGenMat componentView(int c) const;
 
   int dimension_;
   int rows_;

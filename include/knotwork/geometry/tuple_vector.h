@@ -65,26 +65,26 @@ class KNOTWORK_API TtupleVector : public DoubleVec {
   DoubleVec operator[](int i) const;
 
   /// @return view on component c of every point, of length points(); empty unless 0 <= c < size().
-  DoubleVec component(int c);
+  [[nodiscard]] DoubleVec component(int c);
   /// @return new vector of component c of every point; empty unless 0 <= c < size().
-  DoubleVec component(int c) const;
+  [[nodiscard]] DoubleVec component(int c) const;
   /// @return new list of the same points with components first, ..., first + count - 1 only; empty
   /// and of dimension 1 if one of them does not exist or there are none.
-  TtupleVector components(int first, int count) const;
+  [[nodiscard]] TtupleVector components(int first, int count) const;
   /// @return new list of the same points with component j that was which[j]; empty and of
   /// dimension 1 if one of them does not exist or there are none.
-  TtupleVector components(const IntVec& which) const;
+  [[nodiscard]] TtupleVector components(const IntVec& which) const;
 
   /// @return view on points start, ..., start + count - 1; empty and of this dimension if one of
   /// them does not exist or there are none.
-  TtupleVector lPoints(int start, int count);
+  [[nodiscard]] TtupleVector lPoints(int start, int count);
   /// @return new list of points start, ..., start + count - 1; empty and of this dimension if one
   /// of them does not exist or there are none.
-  TtupleVector lPoints(int start, int count) const;
-  TtupleVector rPoints(int start, int count) const;
+  [[nodiscard]] TtupleVector lPoints(int start, int count) const;
+  [[nodiscard]] TtupleVector rPoints(int start, int count) const;
   /// @return new list whose point k is point which[k]; empty and of dimension 1 if one of them does
   /// not exist, empty and of this dimension if there are none.
-  TtupleVector rPoints(const IntVec& which) const;
+  [[nodiscard]] TtupleVector rPoints(const IntVec& which) const;
 
   /// Copies point k of `source` into point start + k for k = 0, ..., count - 1, in that order also
   /// where the two share storage.
@@ -104,9 +104,9 @@ class KNOTWORK_API TtupleVector : public DoubleVec {
   /// 0. The same number of elements changes nothing. Reports 0x3008 for a negative n.
   void resize(int n);
   /// @return new vector of the Euclidean lengths of the points.
-  DoubleVec vecLen() const;
+  [[nodiscard]] DoubleVec vecLen() const;
   /// @return new list with the same points and storage of its own.
-  TtupleVector copy() const;
+  [[nodiscard]] TtupleVector copy() const;
   /// Makes this another view on the points of `other`, with its dimension.
   TtupleVector& reference(TtupleVector& other);
 
@@ -134,11 +134,11 @@ class KNOTWORK_API TtupleVector : public DoubleVec {
   DoubleVec realPoint(int i) const;
 
  private:
-  TtupleVector(const DoubleVec& data, int dim);
-  DoubleVec pointView(int i) const;
-  DoubleVec componentView(int c) const;
-  bool correctRange(int start, int count) const;
-  bool accepts(const TtupleVector& source) const;
+  KNOTWORK_LOCAL TtupleVector(const DoubleVec& data, int dim);
+  KNOTWORK_LOCAL DoubleVec pointView(int i) const;
+  KNOTWORK_LOCAL DoubleVec componentView(int c) const;
+  KNOTWORK_LOCAL bool correctRange(int start, int count) const;
+  KNOTWORK_LOCAL bool accepts(const TtupleVector& source) const;
 
   int dimension_;
 };

@@ -9,7 +9,7 @@
 ///
 /// Among the entries of one key the newest is the first: find(), remove(), insertReplace() and
 /// KeyIterator agree on it. Memory that runs out is told by false; nothing is thrown.
-class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
+class KNOTWORK_API TvertDataIndexTable : public knotwork::VertTable {
  public:
   /// An empty table of one bucket that may grow without limit.
   TvertDataIndexTable();
@@ -37,13 +37,13 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
 
   /// @return the data of the key's first entry, writable, until that entry is removed; or null.
   KNOTWORK_INLINE_API int* find(const int& key) {
-    knotwork::detail::VertEntry* const entry = findEntry(key);
+    knotwork::VertEntry* const entry = findEntry(key);
     return entry ? &entry->data : nullptr;
   }
 
   /// @return the data of the key's first entry, until that entry is removed; or null.
   KNOTWORK_INLINE_API const int* find(const int& key) const {
-    const knotwork::detail::VertEntry* const entry = findEntry(key);
+    const knotwork::VertEntry* const entry = findEntry(key);
     return entry ? &entry->data : nullptr;
   }
 
@@ -52,10 +52,13 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
   bool find(const int& key, int& data) const;
 
   /// Walk over all entries, bucket by bucket.
-  class KNOTWORK_API Iterator : public knotwork::detail::VertIterator {
+  class KNOTWORK_API Iterator : public knotwork::VertIterator {
    public:
     /// Attaches to a table and goes to its first entry.
     explicit Iterator(TvertDataIndexTable& table);
+    /// Another walk, at the same entry.
+    Iterator(const Iterator& other);
+    Iterator& operator=(const Iterator& other);
 
     /// @return the current key; not tested for done.
     KNOTWORK_INLINE_API const int& key() const { return entry()->key; }
@@ -73,10 +76,13 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::detail::VertTable {
   };
 
   /// Walk over the entries of one key, newest first.
-  class KNOTWORK_API KeyIterator : public knotwork::detail::VertIterator {
+  class KNOTWORK_API KeyIterator : public knotwork::VertIterator {
    public:
     /// Attaches to a table and goes to the first entry of a key.
     KeyIterator(TvertDataIndexTable& table, const int& key);
+    /// Another walk, at the same entry.
+    KeyIterator(const KeyIterator& other);
+    KeyIterator& operator=(const KeyIterator& other);
 
     /// Goes to the first entry of a key, which it then remembers. @return whether there is one.
     bool first(const int& key);

@@ -8,7 +8,7 @@
 ///
 /// The bucket of a key is the key modulo the power-of-two bucket count: consecutive vertex numbers
 /// never collide. Memory that runs out is told by false; nothing is thrown.
-class KNOTWORK_API TvertIndexTable : public knotwork::detail::VertTable {
+class KNOTWORK_API TvertIndexTable : public knotwork::VertTable {
  public:
   /// An empty table of one bucket that may grow without limit.
   TvertIndexTable();
@@ -37,10 +37,13 @@ class KNOTWORK_API TvertIndexTable : public knotwork::detail::VertTable {
   unsigned keyCount(const int& key) const;
 
   /// Walk over all keys, bucket by bucket.
-  class KNOTWORK_API Iterator : public knotwork::detail::VertIterator {
+  class KNOTWORK_API Iterator : public knotwork::VertIterator {
    public:
     /// Attaches to a table and goes to its first entry.
     explicit Iterator(TvertIndexTable& table);
+    /// Another walk, at the same entry.
+    Iterator(const Iterator& other);
+    Iterator& operator=(const Iterator& other);
 
     /// @return the current key; not tested for done.
     KNOTWORK_INLINE_API int key() const { return entry()->key; }

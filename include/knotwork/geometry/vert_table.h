@@ -3,7 +3,6 @@
 #pragma once
 
 #include "knotwork/export.h"
-#include "knotwork/platform/export.h"
 #include "knotwork/platform/foundation/hash_table.h"
 #include "knotwork/platform/foundation/hash_table_iterator.h"
 
@@ -14,6 +13,10 @@ inline ThashTableEntry* findInChain(ThashTableEntry* entry, unsigned hash) {
   while (entry && entry->hash != hash) entry = entry->next;
   return entry;
 }
+
+}  // namespace knotwork::detail
+
+namespace knotwork {
 
 /// Entry of a vertex table; a table of keys alone leaves `data` 0.
 struct VertEntry : ThashTableEntry {
@@ -49,7 +52,7 @@ class KNOTWORK_API VertTable : public ThashTable {
   /// hashes is comparing keys.
   KNOTWORK_INLINE_API VertEntry* findEntry(int key) const {
     const auto hash = static_cast<unsigned>(key);
-    return static_cast<VertEntry*>(findInChain(buckets_[hash & (bucketCount_ - 1)], hash));
+    return static_cast<VertEntry*>(detail::findInChain(buckets_[hash & (bucketCount_ - 1)], hash));
   }
 
   /// @return the number of entries of a key.
@@ -57,8 +60,8 @@ class KNOTWORK_API VertTable : public ThashTable {
 
  private:
   friend class VertIterator;
-  ThashTableEntry* cloneEntry(const ThashTableEntry* entry) const override;
-  void freeEntry(ThashTableEntry* entry) const override;
+  KNOTWORK_LOCAL static VertEntry* reversedCopies(const VertTable& other);
+  KNOTWORK_LOCAL void insertAll(ThashTableEntry* entries);
   void clearall();
 };
 
@@ -92,4 +95,4 @@ class KNOTWORK_API VertIterator : public ThashTableIterator {
   KNOTWORK_INLINE_API VertEntry* entry() const { return static_cast<VertEntry*>(current_); }
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Conversions between the library's containers and the records of the spline kernel.
+// Conversions between the library's containers and the records of the host's spline kernel.
 #pragma once
 
 #include "knotwork/export.h"
@@ -18,7 +18,7 @@ struct ag_surface;
 /// passes records of the right sizes, of which only numbers are read or overwritten.
 ///
 /// Numbers are copied as they stand, without multiplying or dividing by a weight: a point that
-/// carries a weight must already be as the kernel keeps it. Row i of a grid is the i-th u row of a
+/// carries a weight must already be as that kernel keeps it. Row i of a grid is the i-th u row of a
 /// control net, columns run along v.
 ///
 /// Nothing is thrown; only memory that cannot be had is reported, with 0x3008. A null record,
@@ -44,51 +44,54 @@ class KNOTWORK_API TagRw {
   /// @param dim  coordinates to take from each point, in [1, dimension of the list].
   /// @return new list of the points; empty and of dimension 1 on a fault, which here includes a
   /// list of dimension below 2.
-  static TtupleVector cpListToTv(int dim, const ag_cp_list* list);
+  [[nodiscard]] static TtupleVector cpListToTv(int dim, const ag_cp_list* list);
   /// @return new vector of the first coordinate of every point; empty on the faults of cpListToTv.
-  static DoubleVec cpListToDv(const ag_cp_list* list);
+  [[nodiscard]] static DoubleVec cpListToDv(const ag_cp_list* list);
   /// Writes v[k] as coordinate c of point k.
   /// @return false on a fault: also if v.length() is not the list's count or c is no coordinate.
-  static bool dvToCpList(int c, const DoubleVec& v, ag_cp_list* list);
+  [[nodiscard]] static bool dvToCpList(int c, const DoubleVec& v, ag_cp_list* list);
   /// Writes all components of tv's points as the first coordinates of the list's.
   /// @return false on a fault: also if the counts differ or the list's dimension is below tv's.
-  static bool tvToCpList(const TtupleVector& tv, ag_cp_list* list);
+  [[nodiscard]] static bool tvToCpList(const TtupleVector& tv, ag_cp_list* list);
   /// @param dim  coordinates to take from each point, in [1, dimension of the array].
   /// @return new grid of the points, with the array's rows and columns; 0 x 0 and of dimension 1 on
   /// a fault.
-  static TtupleMatrix spArrayToTm(int dim, const ag_sp_array* array);
+  [[nodiscard]] static TtupleMatrix spArrayToTm(int dim, const ag_sp_array* array);
 
   /// Reads the control points into tv, which must have as many points already (degree + spans).
   /// Each takes as many coordinates as both sides have; further components stay as they are. A
   /// rational curve's points have their extra coordinates behind the spatial ones.
   /// @return false on a fault.
-  static bool cvsToTv(const ag_spline* s, TtupleVector& tv);
+  [[nodiscard]] static bool cvsToTv(const ag_spline* s, TtupleVector& tv);
   /// Writes the points of tv over the control points, of which there must be as many. Coordinates
   /// that tv has no component for become 1 if `fillMissing` is set (the weights of a rational
   /// curve, and likewise spatial ones), else stay as they are.
   /// @return false on a fault.
-  static bool tvToCvs(const TtupleVector& tv, ag_spline* s, bool fillMissing);
+  [[nodiscard]] static bool tvToCvs(const TtupleVector& tv, ag_spline* s, bool fillMissing);
   /// As cvsToTv, for a grid of (u degree + u spans) rows and (v degree + v spans) columns. The
   /// points of a surface that is rational in either direction have one extra coordinate.
-  static bool cvsToTm(const ag_surface* s, TtupleMatrix& tm);
+  [[nodiscard]] static bool cvsToTm(const ag_surface* s, TtupleMatrix& tm);
   /// As tvToCvs, for a grid of that shape.
-  static bool tmToCvs(const TtupleMatrix& tm, ag_surface* s, bool fillMissing);
+  [[nodiscard]] static bool tmToCvs(const TtupleMatrix& tm, ag_surface* s, bool fillMissing);
 
-  /// Reads the whole knot vector: the kernel's knots with one more at either end, which repeats the
+  /// Reads the whole knot vector: the record's knots with one more at either end, which repeats the
   /// end knot or, for a periodic curve, lies 1 beyond it.
   /// @param knots  at least spans + 2 degree + 1 elements, of which so many are written.
   /// @return false on a fault: also if `knots` is shorter or the curve has no knots.
-  static bool knotsToDv(const ag_spline* s, DoubleVec& knots);
+  [[nodiscard]] static bool knotsToDv(const ag_spline* s, DoubleVec& knots);
   /// Writes a whole knot vector without its first and its last entry.
   /// @param knots  exactly spans + 2 degree + 1 elements.
   /// @return false on a fault: also if the length differs.
-  static bool dvToKnots(const DoubleVec& knots, ag_spline* s);
+  [[nodiscard]] static bool dvToKnots(const DoubleVec& knots, ag_spline* s);
   /// As knotsToDv and dvToKnots of a curve, for one direction of a surface.
-  static bool knotsToDvOne(const ag_surface* s, TsurfaceDirection dir, DoubleVec& knots);
-  static bool dvToKnotsOne(const DoubleVec& knots, TsurfaceDirection dir, ag_surface* s);
+  [[nodiscard]] static bool knotsToDvOne(const ag_surface* s, TsurfaceDirection dir,
+                                         DoubleVec& knots);
+  [[nodiscard]] static bool dvToKnotsOne(const DoubleVec& knots, TsurfaceDirection dir,
+                                         ag_surface* s);
   /// Both directions of a surface: first u; where that fails, v is left alone.
-  static bool knotsToDv(const ag_surface* s, DoubleVec& uKnots, DoubleVec& vKnots);
-  static bool dvToKnots(const DoubleVec& uKnots, const DoubleVec& vKnots, ag_surface* s);
+  [[nodiscard]] static bool knotsToDv(const ag_surface* s, DoubleVec& uKnots, DoubleVec& vKnots);
+  [[nodiscard]] static bool dvToKnots(const DoubleVec& uKnots, const DoubleVec& vKnots,
+                                      ag_surface* s);
 
   /// Adds the product of two polynomials to c, all by ascending powers: c[i + j] += a[i] b[j], in
   /// order of i, then j. What c holds before is kept: pass zeros for the product alone.

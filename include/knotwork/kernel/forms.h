@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Small types of the spline and surface objects; their values are those of the kernel's records.
+// Small types of the spline and surface objects; their values are those of the records of the
+// host's spline kernel.
 #pragma once
 
 /// How the ends of a curve, or of one direction of a surface, meet; records may hold more values.
@@ -9,7 +10,8 @@ enum AP_FORM : int {
   AP_FORM_PERIODIC = 2,  ///< ends meet with all their derivatives
 };
 
-/// Kind of geometry as the kernel's records number it; passed on, never interpreted.
+/// Kind of geometry as the records of the host's spline kernel number it; passed on, never
+/// interpreted.
 enum AP_TYPE : int {
   AP_TYPE_GENERAL = 0,  ///< nothing is known of the shape
 };

@@ -13,6 +13,9 @@
 ///
 /// Control points lie one after the other, Coords() doubles each; those of a rational object are
 /// homogeneous: coordinates multiplied by the weight, then the weight.
+///
+/// When memory runs out, constructors and all that may need more storage throw std::bad_alloc; the
+/// object is then as it was before.
 class KNOTWORK_API AP_GEOMETRIC {
  public:
   /// No control points yet. @param dim  spatial dimension; a negative one counts as 0.
@@ -34,13 +37,12 @@ class KNOTWORK_API AP_GEOMETRIC {
   int Dim() const;
 
  protected:
-  /// Makes room for `points` control points and `spare` ones behind them, which are not counted;
-  /// not initialised. @return false without memory.
-  bool allocate(long long points, int coords, long long spare);
+  /// Makes room for `points` control points, which keeps those that there are, and for `spare`
+  /// doubles behind them. Throws std::bad_alloc, and then nothing has changed.
+  void allocate(long long points, int coords, long long spare);
 
-  /// Raises the capacity to at least `points`, in steps of `step`, keeping `kept` points.
-  /// @return false, and nothing changed, without memory.
-  bool reserve(long long points, long long kept, int coords, int step, long long spare);
+  /// Raises the capacity to at least `points`, in steps of `step`; likewise.
+  void reserve(long long points, int coords, int step, long long spare);
 
   /// @return the doubles behind the control points.
   double* spare() const;

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "knotwork/export.h"
-#include "knotwork/platform/export.h"
 
 namespace knotwork {
 
@@ -17,10 +16,11 @@ namespace knotwork {
 class KNOTWORK_API KnotRecord {
  public:
   /// Knots k held within [0, spans]: clamped and uniform.
-  /// @param degree, spans  at least 0; if not, or without memory, the record is that of (0, 0).
+  /// @param degree, spans  at least 0, and no more knots than an int counts; if not, the record is
+  ///                       that of (0, 0). Throws std::bad_alloc.
   KnotRecord(int degree, int spans);
 
-  /// Deep copy; the record of (0, 0) without memory.
+  /// Deep copy. Throws std::bad_alloc.
   KnotRecord(const KnotRecord& other);
   KnotRecord& operator=(const KnotRecord&) = delete;
   ~KnotRecord();
@@ -51,8 +51,8 @@ class KNOTWORK_API KnotRecord {
   /// @return whether t lies in the domain, ends included. Degree 0 has no ends.
   bool contains(double t) const;
 
-  /// Makes room for `more` further knots. @return false, and nothing changed, without memory.
-  bool reserve(int more);
+  /// Makes room for `more` further knots. Throws std::bad_alloc, and then nothing has changed.
+  void reserve(int more);
 
   /// Inserts t, held by the domain, after the knots that equal it; call reserve() first.
   /// @return the new knot's number: span(t) + 1 before the insertion.
@@ -66,7 +66,7 @@ class KNOTWORK_API KnotRecord {
   void clear();
 
  private:
-  void mark(int from, int to);
+  KNOTWORK_LOCAL void mark(int from, int to);
 
   int degree_;
   int spans_;

@@ -7,8 +7,8 @@
 /// Bounding box: one lower and one upper bound per coordinate.
 class KNOTWORK_API AP_MMBOX {
  public:
-  /// A box of zeros.
-  /// @param size  number of coordinates; below 1, or without memory, the box has none.
+  /// A box of zeros. Throws std::bad_alloc.
+  /// @param size  number of coordinates; below 1 the box has none.
   explicit AP_MMBOX(int size);
 
   AP_MMBOX(const AP_MMBOX&) = delete;

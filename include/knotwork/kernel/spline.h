@@ -13,9 +13,13 @@
 
 /// B-spline curve, polynomial or rational, of degree m and n spans: n + m control points.
 ///
-/// Nothing here throws or reports. Sizes that make no curve, a record that does not hold what it
-/// counts, and memory that runs out during construction give the empty curve, of no spans and no
-/// control points, on which every operation is safe.
+/// Nothing here reports. Sizes that make no curve, and a record that does not hold what it counts,
+/// give the empty curve, of no spans and no control points, on which every operation is safe.
+///
+/// When memory runs out, what needs more of it throws std::bad_alloc, and the curve is as it was:
+/// constructors, node0(), noden(), the static eval() and insert(). The member eval() and all else
+/// allocate nothing, but for AGLIB(), where the host's spline kernel does: it answers null, or
+/// throws.
 class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
  public:
   /// Clamped uniform knots over [0, spans]; control points not initialised.
@@ -25,7 +29,8 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   /// Deep copy, its capacity its own point count, its box not computed.
   AP_SPLINE(const AP_SPLINE& other);
 
-  /// Copy of a kernel curve: numbers, form, type and rational flag. The record is left as it is.
+  /// Copy of a curve of the host's spline kernel: numbers, form, type and rational flag. The record
+  /// is left as it is.
   explicit AP_SPLINE(const ag_spline* record);
 
   AP_SPLINE& operator=(const AP_SPLINE&) = delete;
@@ -48,7 +53,7 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
 
   /// @return the doubles that eval() needs for derivatives up to k: (max(m, k) + 1) * Coords(). A
   ///         negative k counts as larger than any degree, so that k = -1 yields 0.
-  int WorkspaceSize(int k) const;
+  [[nodiscard]] int WorkspaceSize(int k) const;
 
   /// @return the knots, writable by KnotRecord::assign().
   knotwork::KnotRecord& Knots();
@@ -88,14 +93,13 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
 
   /// Point and derivatives of the curve whose member eval() ran last.
   /// @return  an area of the library, laid out as by the member, until the next call; null if no
-  ///          curve was evaluated, that one is gone, nderiv is negative or memory runs out.
-  static double* eval(double t, int nderiv);
+  ///          curve was evaluated, that one is gone or nderiv is negative.
+  [[nodiscard]] static double* eval(double t, int nderiv);
 
   /// Inserts a knot; the curve stays the same to rounding.
   /// @param t     a parameter in the domain, its ends included.
   /// @param mult  how many times; below 1 changes nothing.
-  /// @return      the number of the first new knot; -1, and nothing changed, if t is outside or
-  ///              memory runs out.
+  /// @return      the number of the first new knot; -1, and nothing changed, if t is outside.
   /// Source  W. Boehm, Inserting new knots into B-spline curves, CAD 12 (1980).
   int insert(double t, int mult);
 
@@ -116,9 +120,10 @@ class KNOTWORK_API AP_SPLINE : public AP_GEOMETRIC {
   /// control point, then an empty line. Nothing if `file` is null.
   void print(std::FILE* file) const;
 
-  /// @return a new kernel record of this curve, owned by the caller, in which repeated knots share
-  ///         one value; null for the empty curve and without memory.
-  ag_spline* AGLIB() const;
+  /// @return a new record of the host's spline kernel of this curve, owned by the caller, in which
+  ///         repeated knots share one value; null for the empty curve, and where that kernel has no
+  ///         memory.
+  [[nodiscard]] ag_spline* AGLIB() const;
 
   /// @return this.
   AP_SPLINE* operator->();

@@ -14,7 +14,8 @@
 /// Tensor-product B-spline surface, polynomial or rational.
 ///
 /// Control points lie in vCount() rows, one per v index, of uCount() points each. Nothing here
-/// throws or reports: as with curves, what makes no surface gives the empty one.
+/// reports: as with curves, what makes no surface gives the empty one, and what lacks memory throws
+/// std::bad_alloc, which is normal() as well, at poles and in high degrees.
 class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
  public:
   /// Clamped uniform knots over [0, uSpans] x [0, vSpans]; control points not initialised.
@@ -25,7 +26,8 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// Deep copy, its capacity its own point count, its box not computed.
   AP_SURFACE(const AP_SURFACE& other);
 
-  /// Copy of a kernel surface: numbers, forms, type and rational flags. The record stays as it is.
+  /// Copy of a surface of the host's spline kernel: numbers, forms, type and rational flags. The
+  /// record stays as it is.
   /// @param unused  has no meaning.
   AP_SURFACE(const ag_surface* record, int unused);
 
@@ -60,7 +62,7 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// @return the doubles that eval() needs for partials up to order k in each direction:
   ///         ((max(uDegree, k) + 1) (k + 1) + (max(vDegree, k) + 1) (uDegree + 1)) Coords(), a
   ///         negative k counting as larger than any degree.
-  int WorkspaceSize(int k) const;
+  [[nodiscard]] int WorkspaceSize(int k) const;
 
   /// @return the u knots, writable by KnotRecord::assign().
   knotwork::KnotRecord& uKnots();
@@ -101,13 +103,15 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
 
   /// Point and partials of the surface whose member eval() ran last.
   /// @return  an area of the library, laid out as by the member, until the next call; null if no
-  ///          surface was evaluated, that one is gone, nderiv is negative or memory runs out.
-  static double* eval(double u, double v, int nderiv);
+  ///          surface was evaluated, that one is gone or nderiv is negative.
+  [[nodiscard]] static double* eval(double u, double v, int nderiv);
 
   /// Point and unit normal Su x Sv at (u, v), for surfaces in space.
   ///
-  /// Where one partial vanishes on a border of the domain (a pole), the normal is its limit from
-  /// inside. Where both vanish or they are parallel, it is the zero vector.
+  /// Where one partial vanishes on a border of the domain (a pole), and within 2^-26 spans of it,
+  /// the normal is the limit from inside; at a corner, across the border that shrinks to a point.
+  /// Where both vanish or they are parallel, it is the zero vector. A partial vanishes if it is no
+  /// more than the rounding of the terms that make it up.
   /// @param[out] point   Dim() doubles; may be null.
   /// @param[out] normal  Dim() doubles; all 0 unless Dim() is 3.
   void normal(double u, double v, double* point, double* normal) const;
@@ -135,9 +139,10 @@ class KNOTWORK_API AP_SURFACE : public AP_GEOMETRIC {
   /// `file` is null.
   void print(std::FILE* file) const;
 
-  /// @return a new kernel record of this surface, owned by the caller, in which repeated knots
-  ///         share one value; null for the empty surface and without memory.
-  ag_surface* AGLIB() const;
+  /// @return a new record of the host's spline kernel of this surface, owned by the caller, in
+  ///         which repeated knots share one value; null for the empty surface, and where that
+  ///         kernel has no memory.
+  [[nodiscard]] ag_surface* AGLIB() const;
 
   /// @return this.
   AP_SURFACE* operator->();

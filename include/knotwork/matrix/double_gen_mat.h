@@ -5,12 +5,11 @@
 #include "knotwork/matrix/gen_mat_base.h"
 #include "knotwork/vector/double_vec.h"
 
-extern template class knotwork::detail::GenMatBase<DoubleGenMat, DoubleVec, double>;
+extern template class knotwork::GenMatBase<DoubleGenMat, DoubleVec, double>;
 
 /// A general dense matrix of double, column by column on a vector: what every decomposition and
 /// solver takes. See GenMatBase for its members.
-class KNOTWORK_API DoubleGenMat
-    : public knotwork::detail::GenMatBase<DoubleGenMat, DoubleVec, double> {
+class KNOTWORK_API DoubleGenMat : public knotwork::GenMatBase<DoubleGenMat, DoubleVec, double> {
  public:
   using GenMatBase::operator();
 
@@ -56,46 +55,47 @@ class KNOTWORK_API DoubleGenMat
 };
 
 /// @return new matrix a(i, j) op b(i, j) with a's dimensions. Report 0x4004 if b's differ.
-KNOTWORK_API DoubleGenMat operator+(const DoubleGenMat& a, const DoubleGenMat& b);
-KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator+(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& a, const DoubleGenMat& b);
 /// Element by element: for the matrix product see `product`.
-KNOTWORK_API DoubleGenMat operator*(const DoubleGenMat& a, const DoubleGenMat& b);
-KNOTWORK_API DoubleGenMat operator/(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator*(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator/(const DoubleGenMat& a, const DoubleGenMat& b);
 /// @return new matrix m(i, j) op x; division by a scalar is true division here.
-KNOTWORK_API DoubleGenMat operator+(const DoubleGenMat& m, double x);
-KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& m, double x);
-KNOTWORK_API DoubleGenMat operator*(const DoubleGenMat& m, double x);
-KNOTWORK_API DoubleGenMat operator/(const DoubleGenMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator+(const DoubleGenMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator*(const DoubleGenMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator/(const DoubleGenMat& m, double x);
 /// @return new matrix x op m(i, j).
-KNOTWORK_API DoubleGenMat operator+(double x, const DoubleGenMat& m);
-KNOTWORK_API DoubleGenMat operator-(double x, const DoubleGenMat& m);
-KNOTWORK_API DoubleGenMat operator*(double x, const DoubleGenMat& m);
-KNOTWORK_API DoubleGenMat operator/(double x, const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator+(double x, const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator-(double x, const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator*(double x, const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator/(double x, const DoubleGenMat& m);
 /// @return new matrix -m(i, j).
-KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat operator-(const DoubleGenMat& m);
 /// @return new matrix |m(i, j)|.
-KNOTWORK_API DoubleGenMat abs(const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat abs(const DoubleGenMat& m);
 /// @return new matrix of atan2(a(i, j), b(i, j)), angles in radians. Reports 0x4004 if the
 /// dimensions differ.
-KNOTWORK_API DoubleGenMat atan2(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat atan2(const DoubleGenMat& a, const DoubleGenMat& b);
 
 /// Matrix products. Every element of the result is a `dot` of two DoubleVec, in index order from
 /// 0.0: where the inner dimensions differ and the handler returns, each reports 0x300F, too.
 ///
 /// @return new matrix a b, a.rows() x b.cols(). Reports 0x4016 unless a.cols() == b.rows().
-KNOTWORK_API DoubleGenMat product(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat product(const DoubleGenMat& a, const DoubleGenMat& b);
 /// @return new matrix a' b, a.cols() x b.cols(). Reports 0x4016 unless a.rows() == b.rows().
-KNOTWORK_API DoubleGenMat transposeProduct(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat transposeProduct(const DoubleGenMat& a,
+                                                         const DoubleGenMat& b);
 /// @return new matrix a b', a.rows() x b.rows(). Reports 0x4016 unless a.cols() == b.cols().
-KNOTWORK_API DoubleGenMat transProduct(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat transProduct(const DoubleGenMat& a, const DoubleGenMat& b);
 /// @return new vector m v of length m.rows(). Reports 0x4014 unless v.length() == m.cols().
-KNOTWORK_API DoubleVec product(const DoubleGenMat& m, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleGenMat& m, const DoubleVec& v);
 /// @return new vector v' m of length m.cols(). Reports 0x4015 unless v.length() == m.rows().
-KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleGenMat& m);
 /// @return new matrix m', m.cols() x m.rows().
-KNOTWORK_API DoubleGenMat transpose(const DoubleGenMat& m);
+[[nodiscard]] KNOTWORK_API DoubleGenMat transpose(const DoubleGenMat& m);
 /// @return new Kronecker product, (a.rows() b.rows()) x (a.cols() b.cols()), of blocks a(i, j) b.
-KNOTWORK_API DoubleGenMat kronecker(const DoubleGenMat& a, const DoubleGenMat& b);
+[[nodiscard]] KNOTWORK_API DoubleGenMat kronecker(const DoubleGenMat& a, const DoubleGenMat& b);
 
 /// Writes the matrix with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const DoubleGenMat& m);

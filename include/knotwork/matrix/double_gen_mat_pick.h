@@ -5,12 +5,11 @@
 #include "knotwork/matrix/double_gen_mat.h"
 #include "knotwork/matrix/gen_mat_pick.h"
 
-extern template class knotwork::detail::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
+extern template class knotwork::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
 
 /// A DoubleGenMat seen through a list of rows and a list of columns; made by
 /// `DoubleGenMat::matPick`. See GenMatPick.
-class KNOTWORK_API DoubleGenMatPick
-    : public knotwork::detail::GenMatPick<DoubleGenMatPick, DoubleGenMat> {
+class KNOTWORK_API DoubleGenMatPick : public knotwork::GenMatPick<DoubleGenMatPick, DoubleGenMat> {
  public:
   /// Another pick of the same matrix through the same lists.
   DoubleGenMatPick(const DoubleGenMatPick& pick);
@@ -25,6 +24,6 @@ class KNOTWORK_API DoubleGenMatPick
 
  private:
   friend class DoubleGenMat;
-  friend class knotwork::detail::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
-  DoubleGenMatPick(const DoubleGenMat& m, const IntVec& rows, const IntVec& cols);
+  friend class knotwork::GenMatPick<DoubleGenMatPick, DoubleGenMat>;
+  KNOTWORK_LOCAL DoubleGenMatPick(const DoubleGenMat& m, const IntVec& rows, const IntVec& cols);
 };

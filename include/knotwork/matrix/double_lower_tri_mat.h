@@ -4,13 +4,12 @@
 
 #include "knotwork/matrix/packed_mat.h"
 
-extern template class knotwork::detail::PackedMat<DoubleLowerTriMat,
-                                                  knotwork::detail::LowerPacking>;
+extern template class knotwork::PackedMat<DoubleLowerTriMat, knotwork::LowerPacking>;
 
 /// A lower triangular matrix, packed: its lower triangle row by row.
 /// See PackedMat for its members.
 class KNOTWORK_API DoubleLowerTriMat
-    : public knotwork::detail::PackedMat<DoubleLowerTriMat, knotwork::detail::LowerPacking> {
+    : public knotwork::PackedMat<DoubleLowerTriMat, knotwork::LowerPacking> {
  public:
   /// A 0 x 0 matrix.
   DoubleLowerTriMat();
@@ -34,27 +33,31 @@ class KNOTWORK_API DoubleLowerTriMat
 
 /// @return new matrix a(i, j) op b(i, j) of the stored elements. Report 0x4004 if the orders
 /// differ.
-KNOTWORK_API DoubleLowerTriMat operator+(const DoubleLowerTriMat& a, const DoubleLowerTriMat& b);
-KNOTWORK_API DoubleLowerTriMat operator-(const DoubleLowerTriMat& a, const DoubleLowerTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator+(const DoubleLowerTriMat& a,
+                                                       const DoubleLowerTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator-(const DoubleLowerTriMat& a,
+                                                       const DoubleLowerTriMat& b);
 /// Element by element: no matrix product.
-KNOTWORK_API DoubleLowerTriMat operator*(const DoubleLowerTriMat& a, const DoubleLowerTriMat& b);
-KNOTWORK_API DoubleLowerTriMat operator/(const DoubleLowerTriMat& a, const DoubleLowerTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator*(const DoubleLowerTriMat& a,
+                                                       const DoubleLowerTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator/(const DoubleLowerTriMat& a,
+                                                       const DoubleLowerTriMat& b);
 /// @return new matrix m(i, j) op x or x op m(i, j); division by a scalar is true division.
-KNOTWORK_API DoubleLowerTriMat operator*(const DoubleLowerTriMat& m, double x);
-KNOTWORK_API DoubleLowerTriMat operator*(double x, const DoubleLowerTriMat& m);
-KNOTWORK_API DoubleLowerTriMat operator/(const DoubleLowerTriMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator*(const DoubleLowerTriMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator*(double x, const DoubleLowerTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator/(const DoubleLowerTriMat& m, double x);
 /// @return new matrix -m(i, j) of the stored elements.
-KNOTWORK_API DoubleLowerTriMat operator-(const DoubleLowerTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat operator-(const DoubleLowerTriMat& m);
 /// @return new matrix |m(i, j)|.
-KNOTWORK_API DoubleLowerTriMat abs(const DoubleLowerTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat abs(const DoubleLowerTriMat& m);
 /// @return view on m as its transpose.
-KNOTWORK_API DoubleUpperTriMat transpose(const DoubleLowerTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat transpose(const DoubleLowerTriMat& m);
 
 /// @return new vector m v; every sum runs over the stored elements in index order from 0.0. Reports
 /// 0x4014 unless v.length() == m.cols(); missing elements then count as 0.
-KNOTWORK_API DoubleVec product(const DoubleLowerTriMat& m, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleLowerTriMat& m, const DoubleVec& v);
 /// @return new vector v' m, likewise. Reports 0x4015 unless v.length() == m.rows().
-KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleLowerTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleLowerTriMat& m);
 
 /// Writes the matrix with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const DoubleLowerTriMat& m);

@@ -4,12 +4,12 @@
 
 #include "knotwork/matrix/packed_mat.h"
 
-extern template class knotwork::detail::PackedMat<DoubleSymMat, knotwork::detail::SymmetricPacking>;
+extern template class knotwork::PackedMat<DoubleSymMat, knotwork::SymmetricPacking>;
 
 /// A symmetric matrix, packed: its lower triangle row by row, which is its upper one column by
 /// column. See PackedMat for its members.
 class KNOTWORK_API DoubleSymMat
-    : public knotwork::detail::PackedMat<DoubleSymMat, knotwork::detail::SymmetricPacking> {
+    : public knotwork::PackedMat<DoubleSymMat, knotwork::SymmetricPacking> {
  public:
   /// A 0 x 0 matrix.
   DoubleSymMat();
@@ -49,35 +49,35 @@ class KNOTWORK_API DoubleSymMat
 
 /// @return new matrix a(i, j) op b(i, j) of the stored elements. Report 0x4004 if the orders
 /// differ.
-KNOTWORK_API DoubleSymMat operator+(const DoubleSymMat& a, const DoubleSymMat& b);
-KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& a, const DoubleSymMat& b);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator+(const DoubleSymMat& a, const DoubleSymMat& b);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& a, const DoubleSymMat& b);
 /// Element by element: no matrix product.
-KNOTWORK_API DoubleSymMat operator*(const DoubleSymMat& a, const DoubleSymMat& b);
-KNOTWORK_API DoubleSymMat operator/(const DoubleSymMat& a, const DoubleSymMat& b);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator*(const DoubleSymMat& a, const DoubleSymMat& b);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator/(const DoubleSymMat& a, const DoubleSymMat& b);
 /// @return new matrix m(i, j) op x or x op m(i, j); division by a scalar is true division.
-KNOTWORK_API DoubleSymMat operator*(const DoubleSymMat& m, double x);
-KNOTWORK_API DoubleSymMat operator*(double x, const DoubleSymMat& m);
-KNOTWORK_API DoubleSymMat operator/(const DoubleSymMat& m, double x);
-KNOTWORK_API DoubleSymMat operator+(const DoubleSymMat& m, double x);
-KNOTWORK_API DoubleSymMat operator+(double x, const DoubleSymMat& m);
-KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& m, double x);
-KNOTWORK_API DoubleSymMat operator-(double x, const DoubleSymMat& m);
-KNOTWORK_API DoubleSymMat operator/(double x, const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator*(const DoubleSymMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator*(double x, const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator/(const DoubleSymMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator+(const DoubleSymMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator+(double x, const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator-(double x, const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator/(double x, const DoubleSymMat& m);
 /// @return new matrix of atan2(a(i, j), b(i, j)), angles in radians. Reports 0x4004 if the orders
 /// differ.
-KNOTWORK_API DoubleSymMat atan2(const DoubleSymMat& a, const DoubleSymMat& b);
+[[nodiscard]] KNOTWORK_API DoubleSymMat atan2(const DoubleSymMat& a, const DoubleSymMat& b);
 /// @return new matrix -m(i, j) of the stored elements.
-KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat operator-(const DoubleSymMat& m);
 /// @return new matrix |m(i, j)|.
-KNOTWORK_API DoubleSymMat abs(const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat abs(const DoubleSymMat& m);
 /// @return view on m as its transpose.
-KNOTWORK_API DoubleSymMat transpose(const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleSymMat transpose(const DoubleSymMat& m);
 
 /// @return new vector m v; every sum runs over the stored elements in index order from 0.0. Reports
 /// 0x4014 unless v.length() == m.cols(); missing elements then count as 0.
-KNOTWORK_API DoubleVec product(const DoubleSymMat& m, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleSymMat& m, const DoubleVec& v);
 /// @return new vector v' m, likewise. Reports 0x4015 unless v.length() == m.rows().
-KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleSymMat& m);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleSymMat& m);
 
 /// Writes the matrix with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const DoubleSymMat& m);

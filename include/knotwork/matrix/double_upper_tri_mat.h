@@ -4,13 +4,12 @@
 
 #include "knotwork/matrix/packed_mat.h"
 
-extern template class knotwork::detail::PackedMat<DoubleUpperTriMat,
-                                                  knotwork::detail::UpperPacking>;
+extern template class knotwork::PackedMat<DoubleUpperTriMat, knotwork::UpperPacking>;
 
 /// An upper triangular matrix, packed: its upper triangle column by column.
 /// See PackedMat for its members.
 class KNOTWORK_API DoubleUpperTriMat
-    : public knotwork::detail::PackedMat<DoubleUpperTriMat, knotwork::detail::UpperPacking> {
+    : public knotwork::PackedMat<DoubleUpperTriMat, knotwork::UpperPacking> {
  public:
   /// A 0 x 0 matrix.
   DoubleUpperTriMat();
@@ -34,27 +33,31 @@ class KNOTWORK_API DoubleUpperTriMat
 
 /// @return new matrix a(i, j) op b(i, j) of the stored elements. Report 0x4004 if the orders
 /// differ.
-KNOTWORK_API DoubleUpperTriMat operator+(const DoubleUpperTriMat& a, const DoubleUpperTriMat& b);
-KNOTWORK_API DoubleUpperTriMat operator-(const DoubleUpperTriMat& a, const DoubleUpperTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator+(const DoubleUpperTriMat& a,
+                                                       const DoubleUpperTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator-(const DoubleUpperTriMat& a,
+                                                       const DoubleUpperTriMat& b);
 /// Element by element: no matrix product.
-KNOTWORK_API DoubleUpperTriMat operator*(const DoubleUpperTriMat& a, const DoubleUpperTriMat& b);
-KNOTWORK_API DoubleUpperTriMat operator/(const DoubleUpperTriMat& a, const DoubleUpperTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator*(const DoubleUpperTriMat& a,
+                                                       const DoubleUpperTriMat& b);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator/(const DoubleUpperTriMat& a,
+                                                       const DoubleUpperTriMat& b);
 /// @return new matrix m(i, j) op x or x op m(i, j); division by a scalar is true division.
-KNOTWORK_API DoubleUpperTriMat operator*(const DoubleUpperTriMat& m, double x);
-KNOTWORK_API DoubleUpperTriMat operator*(double x, const DoubleUpperTriMat& m);
-KNOTWORK_API DoubleUpperTriMat operator/(const DoubleUpperTriMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator*(const DoubleUpperTriMat& m, double x);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator*(double x, const DoubleUpperTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator/(const DoubleUpperTriMat& m, double x);
 /// @return new matrix -m(i, j) of the stored elements.
-KNOTWORK_API DoubleUpperTriMat operator-(const DoubleUpperTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat operator-(const DoubleUpperTriMat& m);
 /// @return new matrix |m(i, j)|.
-KNOTWORK_API DoubleUpperTriMat abs(const DoubleUpperTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleUpperTriMat abs(const DoubleUpperTriMat& m);
 /// @return view on m as its transpose.
-KNOTWORK_API DoubleLowerTriMat transpose(const DoubleUpperTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleLowerTriMat transpose(const DoubleUpperTriMat& m);
 
 /// @return new vector m v; every sum runs over the stored elements in index order from 0.0. Reports
 /// 0x4014 unless v.length() == m.cols(); missing elements then count as 0.
-KNOTWORK_API DoubleVec product(const DoubleUpperTriMat& m, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleUpperTriMat& m, const DoubleVec& v);
 /// @return new vector v' m, likewise. Reports 0x4015 unless v.length() == m.rows().
-KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleUpperTriMat& m);
+[[nodiscard]] KNOTWORK_API DoubleVec product(const DoubleVec& v, const DoubleUpperTriMat& m);
 
 /// Writes the matrix with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const DoubleUpperTriMat& m);

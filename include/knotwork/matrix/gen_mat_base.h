@@ -8,7 +8,7 @@
 #include "knotwork/export.h"
 #include "knotwork/fwd.h"
 
-namespace knotwork::detail {
+namespace knotwork {
 
 /// A rows() x cols() matrix whose element (i, j), counted from 0, is element j * rows() + i of a
 /// vector; `Mat` is the final class, `Vec` the vector's, `T` the element type.
@@ -31,60 +31,60 @@ class KNOTWORK_API GenMatBase {
   /// Makes this another view on m's elements with m's dimensions, letting go of its own.
   Mat& reference(const Mat& m);
   /// @return new matrix with the same elements.
-  Mat copy() const;
+  [[nodiscard]] Mat copy() const;
   /// @return new matrix with the same elements.
-  Mat deepCopy() const;
+  [[nodiscard]] Mat deepCopy() const;
   /// Gives the matrix contiguous storage of its own, unless it has that already.
-  void deepenShallowCopy() { vec_.deepenShallowCopy(); }
+  KNOTWORK_TEMPLATE_API void deepenShallowCopy() { vec_.deepenShallowCopy(); }
   /// Changes the dimensions, keeping the elements that both shapes have and setting new ones to 0.
   /// The same dimensions change nothing; others give the matrix storage of its own.
   void resize(unsigned rows, unsigned cols);
   /// Sets every element to 0.
-  Mat& zero() { return fill(T{}); }
+  KNOTWORK_TEMPLATE_API Mat& zero() { return fill(T{}); }
 
   /// @return number of rows.
-  unsigned rows() const { return rows_; }
+  KNOTWORK_TEMPLATE_API unsigned rows() const { return rows_; }
   /// @return number of columns.
-  unsigned cols() const { return cols_; }
+  KNOTWORK_TEMPLATE_API unsigned cols() const { return cols_; }
   /// @return the element vector; the copy that a non-const matrix gives is a view on it.
-  const Vec& dataVec() const { return vec_; }
-  Vec dataVec() { return vec_; }
+  KNOTWORK_TEMPLATE_API const Vec& dataVec() const { return vec_; }
+  KNOTWORK_TEMPLATE_API Vec dataVec() { return vec_; }
   /// @return address of element (0, 0).
-  T* data() { return vec_.data(); }
-  const T* data() const { return vec_.data(); }
+  KNOTWORK_TEMPLATE_API T* data() { return vec_.data(); }
+  KNOTWORK_TEMPLATE_API const T* data() const { return vec_.data(); }
 
   /// Value of element (i, j), unchecked.
-  T val(int i, int j) const { return data()[offset(i, j) * vec_.stride()]; }
-  T operator()(int i, int j) const { return val(i, j); }
+  KNOTWORK_TEMPLATE_API T val(int i, int j) const { return data()[offset(i, j) * vec_.stride()]; }
+  KNOTWORK_TEMPLATE_API T operator()(int i, int j) const { return val(i, j); }
   /// Stores x as element (i, j), unchecked. @return x.
-  T set(int i, int j, T x) { return ref(i, j) = x; }
+  KNOTWORK_TEMPLATE_API T set(int i, int j, T x) { return ref(i, j) = x; }
   /// Element (i, j) itself, unchecked.
-  T& ref(int i, int j) { return data()[offset(i, j) * vec_.stride()]; }
-  T& operator()(int i, int j) { return ref(i, j); }
+  KNOTWORK_TEMPLATE_API T& ref(int i, int j) { return data()[offset(i, j) * vec_.stride()]; }
+  KNOTWORK_TEMPLATE_API T& operator()(int i, int j) { return ref(i, j); }
 
   /// As `val`, `set` and `ref`. Report 0x4005 unless 0 <= i < rows() and 0 <= j < cols(); the
   /// access is made all the same.
-  T bcval(int i, int j) const {
+  KNOTWORK_TEMPLATE_API T bcval(int i, int j) const {
     boundsCheck(i, j);
     return val(i, j);
   }
-  T bcset(int i, int j, T x) { return bcref(i, j) = x; }
-  T& bcref(int i, int j) {
+  KNOTWORK_TEMPLATE_API T bcset(int i, int j, T x) { return bcref(i, j) = x; }
+  KNOTWORK_TEMPLATE_API T& bcref(int i, int j) {
     boundsCheck(i, j);
     return ref(i, j);
   }
 
   /// Element j * rows() + i of storage from the matrix's start on, whatever the stride; unchecked.
-  T& sub(int i, int j) { return data()[offset(i, j)]; }
-  T sub(int i, int j) const { return data()[offset(i, j)]; }
+  KNOTWORK_TEMPLATE_API T& sub(int i, int j) { return data()[offset(i, j)]; }
+  KNOTWORK_TEMPLATE_API T sub(int i, int j) const { return data()[offset(i, j)]; }
 
   /// @return view on row i, of length cols(); unchecked.
-  Vec row(int i) const;
+  [[nodiscard]] Vec row(int i) const;
   /// @return view on column j, of length rows(); unchecked.
-  Vec col(int j) const;
+  [[nodiscard]] Vec col(int j) const;
   /// @return view on diagonal k: the main one for 0, above it for k > 0, starting at (0, k), below
   /// it for k < 0, starting at (-k, 0); empty if there is none.
-  Vec diagonal(int k = 0) const;
+  [[nodiscard]] Vec diagonal(int k = 0) const;
   /// As `row`. Reports 0x4006 unless 0 <= i < rows().
   Vec bcrow(int i) const;
   /// As `col`. Reports 0x4007 unless 0 <= j < cols().
@@ -93,7 +93,7 @@ class KNOTWORK_API GenMatBase {
   Vec bcdiagonal(int k = 0) const;
 
   /// Reports 0x4005 unless 0 <= i < rows() and 0 <= j < cols().
-  void boundsCheck(int i, int j) const {
+  KNOTWORK_TEMPLATE_API void boundsCheck(int i, int j) const {
     if (static_cast<unsigned>(i) >= rows_ || static_cast<unsigned>(j) >= cols_) reportElement(i, j);
   }
 
@@ -117,18 +117,19 @@ class KNOTWORK_API GenMatBase {
   /// @return 1 if the dimensions are equal and every pair of elements compares equal, else 0.
   int operator==(const GenMatBase& m) const;
   /// @return the negation of `==`.
-  int operator!=(const GenMatBase& m) const { return !(*this == m); }
+  KNOTWORK_TEMPLATE_API int operator!=(const GenMatBase& m) const { return !(*this == m); }
 
   /// Writes "2x3 [", then each row on a line of its own, each value in the width that the stream
   /// had on entry and followed by a blank, then "]".
   void printOn(std::ostream& out) const;
   /// Reads what `printOn` writes: the first number found is the row count, the next the column
   /// count; a vector of the elements row by row follows. Reports 0x4017 if their count is wrong;
-  /// then, and when the stream failed, the matrix stays as it is.
+  /// then, and when the stream failed, the matrix stays as it is. More than a million rows without
+  /// columns, which would print as as many empty lines, fail the stream.
   void scanFrom(std::istream& in);
 
  protected:
-  GenMatBase() : cols_(0), rows_(0) {}
+  KNOTWORK_TEMPLATE_API GenMatBase() : cols_(0), rows_(0) {}
   GenMatBase(unsigned rows, unsigned cols);
   GenMatBase(unsigned rows, unsigned cols, T x);
   GenMatBase(const Vec& v, unsigned rows, unsigned cols);
@@ -141,12 +142,12 @@ class KNOTWORK_API GenMatBase {
   Mat& fill(T x);
 
  private:
-  const Mat& self() const { return static_cast<const Mat&>(*this); }
-  Mat& self() { return static_cast<Mat&>(*this); }
-  std::ptrdiff_t offset(int i, int j) const {
+  KNOTWORK_TEMPLATE_API const Mat& self() const { return static_cast<const Mat&>(*this); }
+  KNOTWORK_TEMPLATE_API Mat& self() { return static_cast<Mat&>(*this); }
+  KNOTWORK_TEMPLATE_API std::ptrdiff_t offset(int i, int j) const {
     return static_cast<std::ptrdiff_t>(j) * static_cast<std::ptrdiff_t>(rows_) + i;
   }
-  void takeDimensions(unsigned rows, unsigned cols);
+  KNOTWORK_LOCAL void takeDimensions(unsigned rows, unsigned cols);
   void reportElement(int i, int j) const;
 
   Vec vec_;
@@ -154,4 +155,4 @@ class KNOTWORK_API GenMatBase {
   unsigned rows_;
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -4,7 +4,7 @@
 
 #include "knotwork/vector/int_vec.h"
 
-namespace knotwork::detail {
+namespace knotwork {
 
 /// Element (i, j) of a pick is element (row list[i], column list[j]) of the matrix; `Pick` is the
 /// final class, `Mat` the picked one.
@@ -22,14 +22,13 @@ class KNOTWORK_API GenMatPick {
   GenMatPick(const GenMatPick&) = default;
 
   /// @return length of the row list.
-  unsigned rows() const { return rowList_.length(); }
+  KNOTWORK_TEMPLATE_API unsigned rows() const { return rowList_.length(); }
   /// @return length of the column list.
-  unsigned cols() const { return colList_.length(); }
-  /// @return address of picked element (i, j); null outside the lists or the matrix's storage.
-  value_type* find(unsigned i, unsigned j);
-  const value_type* find(unsigned i, unsigned j) const;
+  KNOTWORK_TEMPLATE_API unsigned cols() const { return colList_.length(); }
+  /// Copies the picked elements into `target`. Reports 0x4004 if the shapes differ.
+  void copyTo(Mat& target) const;
   /// Sets every picked element to 0.
-  Pick& zero() { return fill({}); }
+  KNOTWORK_TEMPLATE_API Pick& zero() { return fill({}); }
 
  protected:
   GenMatPick(const Mat& m, const IntVec& rows, const IntVec& cols);
@@ -37,12 +36,13 @@ class KNOTWORK_API GenMatPick {
   GenMatPick& operator=(const GenMatPick&) = delete;
 
   Pick& fill(value_type x);
-  template <class Source>
-  Pick& assign(const Source& source);
+  Pick& assign(const Mat& m);
+  Pick& assign(const GenMatPick& pick);
 
+ private:
   Mat mat_;
   IntVec rowList_;
   IntVec colList_;
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

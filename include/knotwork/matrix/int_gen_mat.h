@@ -5,11 +5,11 @@
 #include "knotwork/matrix/gen_mat_base.h"
 #include "knotwork/vector/int_vec.h"
 
-extern template class knotwork::detail::GenMatBase<IntGenMat, IntVec, int>;
+extern template class knotwork::GenMatBase<IntGenMat, IntVec, int>;
 
 /// A general dense matrix of int, column by column on a vector. Arithmetic wraps modulo 2^32,
 /// division truncates toward zero. See GenMatBase for its members.
-class KNOTWORK_API IntGenMat : public knotwork::detail::GenMatBase<IntGenMat, IntVec, int> {
+class KNOTWORK_API IntGenMat : public knotwork::GenMatBase<IntGenMat, IntVec, int> {
  public:
   using GenMatBase::operator();
 
@@ -46,43 +46,43 @@ class KNOTWORK_API IntGenMat : public knotwork::detail::GenMatBase<IntGenMat, In
 };
 
 /// @return new matrix a(i, j) op b(i, j) with a's dimensions. Report 0x4004 if b's differ.
-KNOTWORK_API IntGenMat operator+(const IntGenMat& a, const IntGenMat& b);
-KNOTWORK_API IntGenMat operator-(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat operator+(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat operator-(const IntGenMat& a, const IntGenMat& b);
 /// Element by element: for the matrix product see `product`.
-KNOTWORK_API IntGenMat operator*(const IntGenMat& a, const IntGenMat& b);
-KNOTWORK_API IntGenMat operator/(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat operator*(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat operator/(const IntGenMat& a, const IntGenMat& b);
 /// @return new matrix m(i, j) op x.
-KNOTWORK_API IntGenMat operator+(const IntGenMat& m, int x);
-KNOTWORK_API IntGenMat operator-(const IntGenMat& m, int x);
-KNOTWORK_API IntGenMat operator*(const IntGenMat& m, int x);
-KNOTWORK_API IntGenMat operator/(const IntGenMat& m, int x);
+[[nodiscard]] KNOTWORK_API IntGenMat operator+(const IntGenMat& m, int x);
+[[nodiscard]] KNOTWORK_API IntGenMat operator-(const IntGenMat& m, int x);
+[[nodiscard]] KNOTWORK_API IntGenMat operator*(const IntGenMat& m, int x);
+[[nodiscard]] KNOTWORK_API IntGenMat operator/(const IntGenMat& m, int x);
 /// @return new matrix x op m(i, j).
-KNOTWORK_API IntGenMat operator+(int x, const IntGenMat& m);
-KNOTWORK_API IntGenMat operator-(int x, const IntGenMat& m);
-KNOTWORK_API IntGenMat operator*(int x, const IntGenMat& m);
-KNOTWORK_API IntGenMat operator/(int x, const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat operator+(int x, const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat operator-(int x, const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat operator*(int x, const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat operator/(int x, const IntGenMat& m);
 /// @return new matrix -m(i, j).
-KNOTWORK_API IntGenMat operator-(const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat operator-(const IntGenMat& m);
 /// @return new matrix |m(i, j)|.
-KNOTWORK_API IntGenMat abs(const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat abs(const IntGenMat& m);
 
 /// Matrix products. Every element of the result is a `dot` of two IntVec, in index order from 0:
 /// where the inner dimensions differ and the handler returns, each reports 0x300F, too.
 ///
 /// @return new matrix a b, a.rows() x b.cols(). Reports 0x4016 unless a.cols() == b.rows().
-KNOTWORK_API IntGenMat product(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat product(const IntGenMat& a, const IntGenMat& b);
 /// @return new matrix a' b, a.cols() x b.cols(). Reports 0x4016 unless a.rows() == b.rows().
-KNOTWORK_API IntGenMat transposeProduct(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat transposeProduct(const IntGenMat& a, const IntGenMat& b);
 /// @return new matrix a b', a.rows() x b.rows(). Reports 0x4016 unless a.cols() == b.cols().
-KNOTWORK_API IntGenMat transProduct(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat transProduct(const IntGenMat& a, const IntGenMat& b);
 /// @return new vector m v of length m.rows(). Reports 0x4014 unless v.length() == m.cols().
-KNOTWORK_API IntVec product(const IntGenMat& m, const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec product(const IntGenMat& m, const IntVec& v);
 /// @return new vector v' m of length m.cols(). Reports 0x4015 unless v.length() == m.rows().
-KNOTWORK_API IntVec product(const IntVec& v, const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntVec product(const IntVec& v, const IntGenMat& m);
 /// @return new matrix m', m.cols() x m.rows().
-KNOTWORK_API IntGenMat transpose(const IntGenMat& m);
+[[nodiscard]] KNOTWORK_API IntGenMat transpose(const IntGenMat& m);
 /// @return new Kronecker product, (a.rows() b.rows()) x (a.cols() b.cols()), of blocks a(i, j) b.
-KNOTWORK_API IntGenMat kronecker(const IntGenMat& a, const IntGenMat& b);
+[[nodiscard]] KNOTWORK_API IntGenMat kronecker(const IntGenMat& a, const IntGenMat& b);
 
 /// Writes the matrix with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const IntGenMat& m);

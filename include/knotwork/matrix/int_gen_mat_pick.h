@@ -5,11 +5,11 @@
 #include "knotwork/matrix/gen_mat_pick.h"
 #include "knotwork/matrix/int_gen_mat.h"
 
-extern template class knotwork::detail::GenMatPick<IntGenMatPick, IntGenMat>;
+extern template class knotwork::GenMatPick<IntGenMatPick, IntGenMat>;
 
 /// A IntGenMat seen through a list of rows and a list of columns; made by `IntGenMat::matPick`. See
 /// GenMatPick.
-class KNOTWORK_API IntGenMatPick : public knotwork::detail::GenMatPick<IntGenMatPick, IntGenMat> {
+class KNOTWORK_API IntGenMatPick : public knotwork::GenMatPick<IntGenMatPick, IntGenMat> {
  public:
   /// Another pick of the same matrix through the same lists.
   IntGenMatPick(const IntGenMatPick& pick);
@@ -24,6 +24,6 @@ class KNOTWORK_API IntGenMatPick : public knotwork::detail::GenMatPick<IntGenMat
 
  private:
   friend class IntGenMat;
-  friend class knotwork::detail::GenMatPick<IntGenMatPick, IntGenMat>;
-  IntGenMatPick(const IntGenMat& m, const IntVec& rows, const IntVec& cols);
+  friend class knotwork::GenMatPick<IntGenMatPick, IntGenMat>;
+  KNOTWORK_LOCAL IntGenMatPick(const IntGenMat& m, const IntVec& rows, const IntVec& cols);
 };

@@ -12,15 +12,15 @@
 #include "knotwork/matrix/ro_double_ref.h"
 #include "knotwork/vector/double_vec.h"
 
-namespace knotwork::detail {
+namespace knotwork {
 
 /// Where an element stands in the packed vector. Every packing appends a row (or column) at its
 /// end, so that a leading block is the first part of the vector.
 struct KNOTWORK_API LowerPacking {
   static constexpr bool kTriangular = true;  ///< elements outside the triangle are 0
-  static constexpr bool inTriangle(int i, int j) { return i >= j; }
+  KNOTWORK_INLINE_API static constexpr bool inTriangle(int i, int j) { return i >= j; }
   /// The lower triangle row by row.
-  static constexpr std::ptrdiff_t index(int i, int j) {
+  KNOTWORK_INLINE_API static constexpr std::ptrdiff_t index(int i, int j) {
     return static_cast<std::ptrdiff_t>(i) * (static_cast<std::ptrdiff_t>(i) + 1) / 2 + j;
   }
 };
@@ -28,15 +28,17 @@ struct KNOTWORK_API LowerPacking {
 /// The upper triangle column by column.
 struct KNOTWORK_API UpperPacking {
   static constexpr bool kTriangular = true;
-  static constexpr bool inTriangle(int i, int j) { return i <= j; }
-  static constexpr std::ptrdiff_t index(int i, int j) { return LowerPacking::index(j, i); }
+  KNOTWORK_INLINE_API static constexpr bool inTriangle(int i, int j) { return i <= j; }
+  KNOTWORK_INLINE_API static constexpr std::ptrdiff_t index(int i, int j) {
+    return LowerPacking::index(j, i);
+  }
 };
 
 /// One element for (i, j) and (j, i); taken from the lower triangle where there are two.
 struct KNOTWORK_API SymmetricPacking {
   static constexpr bool kTriangular = false;
-  static constexpr bool inTriangle(int i, int j) { return i >= j; }
-  static constexpr std::ptrdiff_t index(int i, int j) {
+  KNOTWORK_INLINE_API static constexpr bool inTriangle(int i, int j) { return i >= j; }
+  KNOTWORK_INLINE_API static constexpr std::ptrdiff_t index(int i, int j) {
     return LowerPacking::index(std::max(i, j), std::min(i, j));
   }
 };
@@ -58,11 +60,11 @@ class KNOTWORK_API PackedMat {
   /// Makes this another view on m's elements with m's order, letting go of its own.
   Mat& reference(const Mat& m);
   /// @return new matrix with the same elements.
-  Mat copy() const;
+  [[nodiscard]] Mat copy() const;
   /// @return new matrix with the same elements.
-  Mat deepCopy() const;
+  [[nodiscard]] Mat deepCopy() const;
   /// Gives the matrix contiguous storage of its own, unless it has that already.
-  void deepenShallowCopy() { vec_.deepenShallowCopy(); }
+  KNOTWORK_TEMPLATE_API void deepenShallowCopy() { vec_.deepenShallowCopy(); }
   /// Changes the order, keeping the leading block and setting new elements to 0. Reports 0x400D
   /// unless rows == cols.
   void resize(unsigned rows, unsigned cols);
@@ -70,46 +72,46 @@ class KNOTWORK_API PackedMat {
   Mat& zero();
 
   /// @return the order.
-  unsigned rows() const { return order_; }
-  unsigned cols() const { return order_; }
+  KNOTWORK_TEMPLATE_API unsigned rows() const { return order_; }
+  KNOTWORK_TEMPLATE_API unsigned cols() const { return order_; }
   /// @return the packed vector; the copy that a non-const matrix gives is a view on it.
-  const DoubleVec& dataVec() const { return vec_; }
-  DoubleVec dataVec() { return vec_; }
+  KNOTWORK_TEMPLATE_API const DoubleVec& dataVec() const { return vec_; }
+  KNOTWORK_TEMPLATE_API DoubleVec dataVec() { return vec_; }
   /// @return address of the first packed element.
-  double* data() { return vec_.data(); }
-  const double* data() const { return vec_.data(); }
+  KNOTWORK_TEMPLATE_API double* data() { return vec_.data(); }
+  KNOTWORK_TEMPLATE_API const double* data() const { return vec_.data(); }
 
   /// Value of element (i, j), 0 if it is not stored; unchecked.
-  double val(int i, int j) const {
+  KNOTWORK_TEMPLATE_API double val(int i, int j) const {
     return Packing::kTriangular && !Packing::inTriangle(i, j) ? 0.0 : stored(i, j);
   }
-  double operator()(int i, int j) const { return val(i, j); }
+  KNOTWORK_TEMPLATE_API double operator()(int i, int j) const { return val(i, j); }
   /// Writes x to the packing index of (i, j), unchecked: outside the stored triangle that is the
   /// place of another element. @return x.
-  double set(int i, int j, double x) { return stored(i, j) = x; }
+  KNOTWORK_TEMPLATE_API double set(int i, int j, double x) { return stored(i, j) = x; }
   /// Element (i, j) itself. That of a triangular matrix may be read-only, and is reported with
   /// 0x4005 unless 0 <= i, j < rows(); that of a symmetric one is unchecked.
-  reference_type ref(int i, int j) {
+  KNOTWORK_TEMPLATE_API reference_type ref(int i, int j) {
     if constexpr (Packing::kTriangular) boundsCheck(i, j);
     return referenceTo(i, j);
   }
-  reference_type operator()(int i, int j) { return ref(i, j); }
+  KNOTWORK_TEMPLATE_API reference_type operator()(int i, int j) { return ref(i, j); }
 
   /// As `val`, `set` and `ref`. Report 0x4005 unless 0 <= i, j < rows(); the access is made all the
   /// same.
-  double bcval(int i, int j) const {
+  KNOTWORK_TEMPLATE_API double bcval(int i, int j) const {
     boundsCheck(i, j);
     return val(i, j);
   }
   /// Reports 0x4009 if (i, j) is not stored, too.
   double bcset(int i, int j, double x);
-  reference_type bcref(int i, int j) {
+  KNOTWORK_TEMPLATE_API reference_type bcref(int i, int j) {
     boundsCheck(i, j);
     return referenceTo(i, j);
   }
 
   /// Reports 0x4005 unless 0 <= i, j < rows().
-  void boundsCheck(int i, int j) const {
+  KNOTWORK_TEMPLATE_API void boundsCheck(int i, int j) const {
     const auto n = static_cast<int>(order_);
     if (i < 0 || i >= n || j < 0 || j >= n) reportElement(i, j);
   }
@@ -129,9 +131,11 @@ class KNOTWORK_API PackedMat {
   Mat& operator/=(double x);
 
   /// @return 1 if the orders are equal and every pair of elements compares equal, else 0.
-  int operator==(const PackedMat& m) const { return order_ == m.order_ && vec_ == m.vec_; }
+  KNOTWORK_TEMPLATE_API int operator==(const PackedMat& m) const {
+    return order_ == m.order_ && vec_ == m.vec_;
+  }
   /// @return the negation of `==`.
-  int operator!=(const PackedMat& m) const { return !(*this == m); }
+  KNOTWORK_TEMPLATE_API int operator!=(const PackedMat& m) const { return !(*this == m); }
 
   /// Writes the class name, ", " and all rows in full, as a general matrix does.
   void printOn(std::ostream& out) const;
@@ -141,7 +145,7 @@ class KNOTWORK_API PackedMat {
   void scanFrom(std::istream& in);
 
  protected:
-  PackedMat() : order_(0) {}
+  KNOTWORK_TEMPLATE_API PackedMat() : order_(0) {}
   PackedMat(unsigned rows, unsigned cols);
   PackedMat(unsigned rows, unsigned cols, double x);
   PackedMat(const DoubleVec& v, unsigned rows, unsigned cols);
@@ -155,21 +159,25 @@ class KNOTWORK_API PackedMat {
   DoubleVec vec_;
 
  private:
-  const Mat& self() const { return static_cast<const Mat&>(*this); }
-  Mat& self() { return static_cast<Mat&>(*this); }
-  double& stored(int i, int j) { return data()[Packing::index(i, j) * vec_.stride()]; }
-  double stored(int i, int j) const { return data()[Packing::index(i, j) * vec_.stride()]; }
-  reference_type referenceTo(int i, int j) {
+  KNOTWORK_TEMPLATE_API const Mat& self() const { return static_cast<const Mat&>(*this); }
+  KNOTWORK_TEMPLATE_API Mat& self() { return static_cast<Mat&>(*this); }
+  KNOTWORK_TEMPLATE_API double& stored(int i, int j) {
+    return data()[Packing::index(i, j) * vec_.stride()];
+  }
+  KNOTWORK_TEMPLATE_API double stored(int i, int j) const {
+    return data()[Packing::index(i, j) * vec_.stride()];
+  }
+  KNOTWORK_TEMPLATE_API reference_type referenceTo(int i, int j) {
     if constexpr (Packing::kTriangular) {
       return Packing::inTriangle(i, j) ? RODoubleRef(stored(i, j)) : RODoubleRef();
     } else {
       return stored(i, j);
     }
   }
-  void takeOrder(unsigned order);
+  KNOTWORK_LOCAL void takeOrder(unsigned order);
   void reportElement(int i, int j) const;
 
   unsigned order_;
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -17,7 +17,7 @@ class KNOTWORK_API RODoubleRef {
   RODoubleRef(const RODoubleRef&) = default;
 
   /// @return the element's value.
-  operator double() const { return *element_; }
+  KNOTWORK_INLINE_API operator double() const { return *element_; }
 
   RODoubleRef& operator=(double x);
   RODoubleRef& operator=(const RODoubleRef& x);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The kernel's error codes as exceptions.
+// The error codes of the host's spline kernel as exceptions.
 //
 // `typeof` is a keyword of the GNU dialects: include this header in an ISO mode (-std=c++20) or
 // with -fno-gnu-keywords, which the library's build interface passes on.
@@ -8,15 +8,16 @@
 #include "knotwork/export.h"
 #include "knotwork/platform/foundation/exception.h"
 
-/// Thrown for a kernel error other than exhausted memory. Its own record is TagExceptionTmeta.
+/// Thrown for an error of the host's spline kernel other than exhausted memory. Its own record is
+/// TagExceptionTmeta.
 class KNOTWORK_API TagException : public Texception {
  public:
-  /// @param code  the kernel's error code.
+  /// @param code  the error code of the host's spline kernel.
   explicit TagException(int code);
   TagException(const TagException& other);
   TagException& operator=(const TagException& other);
 
-  /// @return the kernel's error code.
+  /// @return the error code of the host's spline kernel.
   int errorCode() const;
 
   /// @return TagExceptionTmeta.
@@ -41,7 +42,7 @@ extern KNOTWORK_API Tmetaclass TagExceptionTmeta;
 
 extern "C" {
 
-/// Turns a kernel error code into an exception; does not return.
+/// Turns an error code of the host's spline kernel into an exception; does not return.
 ///
 /// @param code  902 throws a TmemoryException, any other code a TagException that carries it.
 [[noreturn]] KNOTWORK_API void AG_raiseException(int code);

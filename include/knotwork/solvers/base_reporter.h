@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where messages and progress of the solvers and of the kernel go.
+// Where messages and progress of the solvers and of the host's spline kernel go.
 #pragma once
 
 #include "knotwork/export.h"
@@ -16,7 +16,7 @@ class KNOTWORK_API TbaseReporter {
   explicit TbaseReporter(bool silent);
   TbaseReporter(const TbaseReporter& other);
   TbaseReporter& operator=(const TbaseReporter& other);
-  /// Takes the reporter out of the kernel's reporting, if it is the one in use there.
+  /// Takes the reporter out of the host's spline kernel's reporting, if it is the one in use there.
   virtual ~TbaseReporter();
 
   /// Passes the text, formatted as by printf and cut at 1023 characters, to `reportMessage`; a null
@@ -38,8 +38,8 @@ class KNOTWORK_API TbaseReporter {
   /// The switch itself, writes through.
   bool& silent();
 
-  /// On: the kernel's progress goes to `reportStep` of this reporter, instead of any other one.
-  /// Off: if it goes to this one, it goes nowhere any more.
+  /// On: the progress of the host's spline kernel goes to `reportStep` of this reporter, instead of
+  /// any other one. Off: if it goes to this one, it goes nowhere any more.
   void enableTicks(bool on);
 
  private:

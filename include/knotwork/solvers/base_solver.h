@@ -17,6 +17,10 @@ class SideMapper;
 /// times and changes nothing in the solver. Copies and `reference` share the vectors' storage until
 /// `deepenShallowCopy`; there is no assignment. A solver does not own its reporter.
 ///
+/// A result is written only where the code is 0, and the library's solvers never make one of NaN.
+/// When memory runs out, which is reported with 0x3008, and the handler returns, the code is -1
+/// from `setMatrix` and 4 from the others; the solver stays usable.
+///
 /// The order of the virtual operations is part of the interface.
 class KNOTWORK_API TbaseSolver {
  public:
@@ -37,9 +41,10 @@ class KNOTWORK_API TbaseSolver {
   ///
   /// @param rhs  one entry (point) per used row; may be overwritten.
   /// @param x    as many entries (points of the same dimension) as used columns.
-  /// @return     0 done, 4 null result or lengths that do not fit, 5 dependent system.
-  virtual int solveInPlace(TtupleVector& rhs, TtupleVector* x) const = 0;
-  virtual int solveInPlace(DoubleVec& rhs, DoubleVec* x) const = 0;
+  /// @return     0 done; 4 null result, lengths that do not fit or no memory; 5 dependent system,
+  ///             or a solution that is not a number.
+  [[nodiscard]] virtual int solveInPlace(TtupleVector& rhs, TtupleVector* x) const = 0;
+  [[nodiscard]] virtual int solveInPlace(DoubleVec& rhs, DoubleVec* x) const = 0;
 
  protected:
   /// Reduces the working matrix to the used rows and columns.
@@ -85,14 +90,14 @@ class KNOTWORK_API TbaseSolver {
   ///                    right-hand side. Unknowns of columns that do not take part become 0.
   /// @param keepValues  keeps those entries of x instead, and solves for the others. Ignored where
   ///                    x has another size, or where all columns take part.
-  /// @return  0 done; 4 if x is null, the right-hand side too short, or values are prescribed
-  ///          without a kept matrix; else what `solveInPlace` returned.
-  int solve(const DoubleVec& rhs, DoubleVec* x, bool keepValues) const;
-  int solve(const TtupleVector& rhs, TtupleVector* x, bool keepValues) const;
-  /// @return new vector (list) of the solution; of zeros if it could not be had, empty if the
-  ///         system is not solvable.
-  DoubleVec solve(const DoubleVec& rhs) const;
-  TtupleVector solve(const TtupleVector& rhs) const;
+  /// @return  0 done; 4 if x is null, the right-hand side too short, values are prescribed
+  ///          without a kept matrix, or there is no memory; else what `solveInPlace` returned.
+  [[nodiscard]] int solve(const DoubleVec& rhs, DoubleVec* x, bool keepValues) const;
+  [[nodiscard]] int solve(const TtupleVector& rhs, TtupleVector* x, bool keepValues) const;
+  /// @return new vector (list) of the solution; empty if the system is not solvable; zeros where
+  ///         the form with a code gives one.
+  [[nodiscard]] DoubleVec solve(const DoubleVec& rhs) const;
+  [[nodiscard]] TtupleVector solve(const TtupleVector& rhs) const;
 
  protected:
   /// Drops rows and columns of zeros, and fixed columns, by `findAllZeros` and `resetMatrix`.

@@ -5,7 +5,7 @@
 #include "knotwork/solvers/solve_constrained_lsq.h"
 
 namespace knotwork::detail {
-class HouseholderFactor;
+struct HouseholderStorage;
 }
 
 /// Solves min |A1 x - b1| subject to A2 x = b2, or, where there are fewer rows than columns, finds
@@ -16,9 +16,15 @@ class HouseholderFactor;
 /// least-squares rows. Sums run in index order. Exact zeros, of which the matrices of splines have
 /// many, cost next to nothing.
 ///
-/// Products of at most a tenth of the tolerance are not applied: right-hand sides should be of
-/// order 1. That threshold is one for all objects of the class, set by whichever factored last.
-/// Systems of 65536 or more rows or columns are not accepted.
+/// What may surprise:
+/// - Products of at most a tenth of the tolerance are not applied. So right-hand sides should be of
+///   order 1: well below it they are solved wrongly, even in sign, with code 0.
+/// - That threshold is one for all objects of the class, set by whichever factored last, for the
+///   solutions of the others too.
+/// - `altSolve` can worsen a solution: the right-hand sides of its corrections are small.
+/// - A system is dependent where a pivot is below 1e-13 times the largest *squared* norm of a row
+///   or column: entries near 1e13 make any system dependent unless rows are normalised.
+/// - Systems of 65536 or more rows or columns are not accepted.
 ///
 /// Source: G. H. Golub, C. F. Van Loan, Matrix Computations, 5.4 and 6.2.
 class KNOTWORK_API Thouseholder : public TsolveConstrainedLsq {
@@ -42,25 +48,28 @@ class KNOTWORK_API Thouseholder : public TsolveConstrainedLsq {
   ///
   /// @param rhs  at least as many points as prepared rows; unchanged.
   /// @param x    at least as many points as prepared columns, of the same dimension.
-  /// @return     0 done; 4 null result or shapes that do not fit; 5 dependent system.
-  int solveInPlace(TtupleVector& rhs, TtupleVector* x) const override;
+  /// @return     0 done; 4 null result, shapes that do not fit or no memory; 5 dependent system, or
+  ///             a solution for a component that is not a number.
+  [[nodiscard]] int solveInPlace(TtupleVector& rhs, TtupleVector* x) const override;
   /// @param rhs  at least as many entries as prepared rows; used up. Multiplied by `rhsMult` if of
   ///             the same length.
   /// @param x    at least as many entries as prepared columns; further ones become 0.
-  int solveInPlace(DoubleVec& rhs, DoubleVec* x) const override;
+  [[nodiscard]] int solveInPlace(DoubleVec& rhs, DoubleVec* x) const override;
 
-  /// Solves and then solves n times for what is left of the right-hand side, adding up.
+  /// Solves and then solves n times for what is left of the right-hand side, adding up. Parts of it
+  /// below the threshold are skipped, so more corrections are not always better.
   ///
   /// @param rhs  totalRows() points.
   /// @param n    number of corrections; none if it is not positive.
-  /// @return     new list of totalCols() points; empty if the system is not solvable.
-  TtupleVector altSolve(const TtupleVector& rhs, int n) const;
+  /// @return     new list of totalCols() points; empty if the system is not solvable or memory ran
+  ///             out, zeros where `solve` gives a code.
+  [[nodiscard]] TtupleVector altSolve(const TtupleVector& rhs, int n) const;
 
  protected:
   /// Factors `matrix_` into new storage and sets the threshold of the class.
   bool factor() override;
-  /// Brings `factorMatrix_` to its triangles, unless that is done. @return whether no pivot is
-  /// negligible against the largest squared norm of a row or column.
+  /// Brings `factorMatrix_` to its triangles, unless that is done. @return whether no pivot is a
+  /// NaN or negligible against the largest squared norm of a row or column.
   bool inPlace();
 
   DoubleVec beta_;   ///< factor of each reflection, by pivot row; 0 where one was skipped
@@ -71,5 +80,5 @@ class KNOTWORK_API Thouseholder : public TsolveConstrainedLsq {
   DoubleGenMat factorMatrix_;
 
  private:
-  friend class knotwork::detail::HouseholderFactor;
+  friend struct knotwork::detail::HouseholderStorage;
 };

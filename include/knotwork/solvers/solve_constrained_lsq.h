@@ -6,6 +6,10 @@
 
 /// Abstract solver for min |A1 x - b1| subject to A2 x = b2, where A2 is the last rows of one
 /// matrix; subclasses factor the prepared matrix.
+///
+/// What may surprise: `setMatrix` can raise or replace the tolerance, for the systems that follow
+/// too. Constraint rows of zeros that are dropped do not lower the number of constraints, so
+/// equations take their place; constraints in excess of the columns become equations.
 class KNOTWORK_API TsolveConstrainedLsq : public TsolveSystems {
  public:
   /// See TbaseSolver.
@@ -35,23 +39,25 @@ class KNOTWORK_API TsolveConstrainedLsq : public TsolveSystems {
   /// @param findCutoff      raises the tolerance to the first gap in the singular values below 1,
   ///                        where there is one; with `cleanZeros`, after setting entries within
   ///                        0.001 of 0 to 0.
-  /// @return 0, or -1 if the factored system does not determine the unknowns.
-  int setMatrix(const DoubleGenMat& a, const IntVec& fixedCols, int constraintRows, bool normalise,
-                bool cleanZeros, bool findCutoff);
+  /// @return 0; -1 if the factored system does not determine the unknowns, or if memory ran out,
+  ///         which leaves the tolerance as it was.
+  [[nodiscard]] int setMatrix(const DoubleGenMat& a, const IntVec& fixedCols, int constraintRows,
+                              bool normalise, bool cleanZeros, bool findCutoff);
   /// The same without fixed columns.
-  int setMatrix(const DoubleGenMat& a, int constraintRows, bool normalise, bool cleanZeros,
-                bool findCutoff);
+  [[nodiscard]] int setMatrix(const DoubleGenMat& a, int constraintRows, bool normalise,
+                              bool cleanZeros, bool findCutoff);
 
   bool isSolvable() const override;
   /// @return whether there is no system, or one that does not determine the unknowns.
   bool isDependent() const;
 
   /// @return new (rows + cols) x cols matrix: the prepared one, and below it 0.2 times the
-  /// identity, which damps a least-squares solution.
-  virtual DoubleGenMat altMatrix();
+  /// identity, which damps a least-squares solution; 0 x 0 if memory ran out.
+  [[nodiscard]] virtual DoubleGenMat altMatrix();
 
  protected:
-  /// Factors `matrix_` and clears `dependent_` if it is of full rank. @return whether it is.
+  /// Factors `matrix_` and clears `dependent_` if it is of full rank; called by every `setMatrix`.
+  /// @return whether it is.
   virtual bool factor() = 0;
 
   /// What `setMatrix` does.

@@ -28,9 +28,9 @@ class KNOTWORK_API TsolveSystems : public TbaseSolver {
   ///                   range, the list is ignored.
   /// @param usedRows   becomes a new vector of ascending row indices.
   /// @param usedCols   becomes a new vector of ascending column indices.
-  /// @return false, with both lists unchanged, for a matrix without elements.
-  static bool findZero(const DoubleGenMat& a, const IntVec& fixedCols, IntVec& usedRows,
-                       IntVec& usedCols, double tolerance);
+  /// @return false, with both lists unchanged, for a matrix without elements or without memory.
+  [[nodiscard]] static bool findZero(const DoubleGenMat& a, const IntVec& fixedCols,
+                                     IntVec& usedRows, IntVec& usedCols, double tolerance);
 
  protected:
   /// Reduces `matrix_` to the used rows and columns, in storage of its own.

@@ -13,6 +13,10 @@ class TtupleMatrix;
 ///
 /// U has a row per data row and a column per row of X; V has a row per data column and a column per
 /// column of X. The solvers are not owned and must outlive this object.
+///
+/// Each row and column is a call of the solver's `solve` for one right-hand side. Only a solver
+/// that is a Thouseholder, and no class derived from it, is given all of them at once; results and
+/// codes are the same.
 class KNOTWORK_API TsolveTensorProductLsq {
  public:
   TsolveTensorProductLsq(TsolveConstrainedLsq& u, TsolveConstrainedLsq& v);
@@ -28,21 +32,24 @@ class KNOTWORK_API TsolveTensorProductLsq {
   /// Sets both systems; see `TsolveConstrainedLsq::setMatrix` for the arguments, which come in
   /// pairs.
   /// @return 0, or the code of the first solver that refused; after U's, V's is left alone.
-  int setMatrix(const DoubleGenMat& u, const DoubleGenMat& v, int constraintRowsU,
-                int constraintRowsV, bool normaliseU, bool normaliseV, bool cleanZerosU,
-                bool cleanZerosV, bool findCutoffU, bool findCutoffV);
+  [[nodiscard]] int setMatrix(const DoubleGenMat& u, const DoubleGenMat& v, int constraintRowsU,
+                              int constraintRowsV, bool normaliseU, bool normaliseV,
+                              bool cleanZerosU, bool cleanZerosV, bool findCutoffU,
+                              bool findCutoffV);
 
   /// Solves with the systems set.
   ///
   /// @param b  data, as many rows as U and as many columns as V.
-  /// @param x  result, as many rows as U has columns and as many columns as V has. Columns that
-  ///           were solved before one failed are stored.
-  /// @return   0 done; 4 null result or shapes that do not fit; 5 dependent system; -1 where there
-  ///           is nothing to solve.
-  int solve(const DoubleGenMat& b, DoubleGenMat* x) const;
-  /// The same for grids of points of one dimension, component after component; those that were
-  /// solved before one failed are stored.
-  int solve(const TtupleMatrix& b, TtupleMatrix* x) const;
+  /// @param x  result, as many rows as U has columns and as many columns as V has; unchanged where
+  ///           a row of b cannot be solved for, or memory runs out. Where a column cannot, those
+  ///           before it are stored.
+  /// @return   the first code that is not 0 of any row, and then of any column; 0 if there is none;
+  ///           4 null result, shapes that do not fit or no memory; -1 where there is nothing to
+  ///           solve.
+  [[nodiscard]] int solve(const DoubleGenMat& b, DoubleGenMat* x) const;
+  /// The same for grids of points of one dimension, component after component. Where one cannot be
+  /// solved for, those before it are stored, unless memory ran out.
+  [[nodiscard]] int solve(const TtupleMatrix& b, TtupleMatrix* x) const;
 
   /// Sets the systems and solves with some unknowns prescribed.
   ///
@@ -56,13 +63,13 @@ class KNOTWORK_API TsolveTensorProductLsq {
   /// @param b      data, as many rows as U and as many columns as V.
   /// @param x      as many rows as U has columns and as many columns as V has: the prescribed
   ///               values on entry, the result if the code is 0. Prescribed ones keep their bits.
-  /// @return       0 done; 4 null result or shapes that do not fit; else the first code that is not
-  ///               0 of any system set or solved.
-  int solveFixed(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
-                 const DoubleGenMat& b, DoubleGenMat* x);
+  /// @return       0 done; 4 null result, shapes that do not fit or no memory; else the first code
+  ///               that is not 0 of any system set or solved.
+  [[nodiscard]] int solveFixed(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
+                               const DoubleGenMat& b, DoubleGenMat* x);
   /// The same for grids of points, with the mask for every component.
-  int solveFixed(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
-                 const TtupleMatrix& b, TtupleMatrix* x);
+  [[nodiscard]] int solveFixed(const DoubleGenMat& u, const DoubleGenMat& v, const IntGenMat& fixed,
+                               const TtupleMatrix& b, TtupleMatrix* x);
 
  private:
   TsolveConstrainedLsq* u_;

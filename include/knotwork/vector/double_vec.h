@@ -4,11 +4,11 @@
 
 #include "knotwork/vector/strided_vec.h"
 
-extern template class knotwork::detail::StridedVec<DoubleVec, double>;
+extern template class knotwork::StridedVec<DoubleVec, double>;
 
 /// A dense vector of double: a view on shared storage. See StridedVec for what it shares with the
 /// integer vectors.
-class KNOTWORK_API DoubleVec : public knotwork::detail::StridedVec<DoubleVec, double> {
+class KNOTWORK_API DoubleVec : public knotwork::StridedVec<DoubleVec, double> {
  public:
   /// An empty vector.
   DoubleVec();
@@ -22,6 +22,7 @@ class KNOTWORK_API DoubleVec : public knotwork::detail::StridedVec<DoubleVec, do
   DoubleVec(const double* p, unsigned n);
   /// Another view on v's elements, not a copy.
   DoubleVec(const DoubleVec& v);
+  ~DoubleVec();
   /// New vector of the picked elements, in the pick's order.
   DoubleVec(const DoubleVecPick& pick);
 
@@ -76,76 +77,76 @@ class KNOTWORK_API DoubleVec : public knotwork::detail::StridedVec<DoubleVec, do
   static int numberPerLine;
 
  private:
-  friend class knotwork::detail::StridedVec<DoubleVec, double>;
-  DoubleVec(const DoubleVec& v, int first, unsigned n, int stride);
-  DoubleVec(RWBlock* block, double* start, unsigned n, int stride);
+  friend class knotwork::StridedVec<DoubleVec, double>;
+  KNOTWORK_LOCAL DoubleVec(const DoubleVec& v, int first, unsigned n, int stride);
+  KNOTWORK_LOCAL DoubleVec(RWBlock* block, double* start, unsigned n, int stride);
 };
 
 /// @return new vector a[i] op b[i], as long as b. Report 0x300F if the lengths differ; should the
 /// handler return, elements of b without a partner give 0.
-KNOTWORK_API DoubleVec operator+(const DoubleVec& a, const DoubleVec& b);
-KNOTWORK_API DoubleVec operator-(const DoubleVec& a, const DoubleVec& b);
-KNOTWORK_API DoubleVec operator*(const DoubleVec& a, const DoubleVec& b);
-KNOTWORK_API DoubleVec operator/(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec operator+(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec operator-(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec operator*(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec operator/(const DoubleVec& a, const DoubleVec& b);
 /// @return new vector v[i] op s; division by a scalar is true division here.
-KNOTWORK_API DoubleVec operator+(const DoubleVec& v, double s);
-KNOTWORK_API DoubleVec operator*(const DoubleVec& v, double s);
-KNOTWORK_API DoubleVec operator/(const DoubleVec& v, double s);
+[[nodiscard]] KNOTWORK_API DoubleVec operator+(const DoubleVec& v, double s);
+[[nodiscard]] KNOTWORK_API DoubleVec operator*(const DoubleVec& v, double s);
+[[nodiscard]] KNOTWORK_API DoubleVec operator/(const DoubleVec& v, double s);
 /// @return new vector s op v[i].
-KNOTWORK_API DoubleVec operator-(double s, const DoubleVec& v);
-KNOTWORK_API DoubleVec operator/(double s, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec operator-(double s, const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec operator/(double s, const DoubleVec& v);
 /// @return new vector -v[i].
-KNOTWORK_API DoubleVec operator-(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec operator-(const DoubleVec& v);
 
 /// @return sum of a[i] b[i] in index order from 0.0. Reports 0x300F if the lengths differ.
-KNOTWORK_API double dot(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API double dot(const DoubleVec& a, const DoubleVec& b);
 /// @return sum of the elements in index order from 0.0.
-KNOTWORK_API double sum(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double sum(const DoubleVec& v);
 /// @return product of the elements in index order from 1.0.
-KNOTWORK_API double prod(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double prod(const DoubleVec& v);
 /// @return sum over length; NaN for an empty vector, without a report.
-KNOTWORK_API double mean(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double mean(const DoubleVec& v);
 /// @return population variance: the sum of squared deviations from the mean, over the length.
 /// Reports 0x3009 for fewer than two elements.
-KNOTWORK_API double variance(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double variance(const DoubleVec& v);
 /// @return index of the first largest (smallest) element; a NaN is chosen only in place 0. Report
 /// 0x3011, a warning, and return -1 for an empty vector.
-KNOTWORK_API int maxIndex(const DoubleVec& v);
-KNOTWORK_API int minIndex(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API int maxIndex(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API int minIndex(const DoubleVec& v);
 /// @return the element at `maxIndex` (`minIndex`); 0 for an empty vector, with that function's
 /// report.
-KNOTWORK_API double maxValue(const DoubleVec& v);
-KNOTWORK_API double minValue(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double maxValue(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API double minValue(const DoubleVec& v);
 /// @return new vector of the running sums v[0] + ... + v[i].
-KNOTWORK_API DoubleVec cumsum(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec cumsum(const DoubleVec& v);
 /// @return new vector of v[0] and the differences v[i] - v[i - 1].
-KNOTWORK_API DoubleVec delta(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec delta(const DoubleVec& v);
 /// @return view on v backwards.
-KNOTWORK_API DoubleVec reverse(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec reverse(const DoubleVec& v);
 
 /// @return new vector of the C library's function of each element; domain errors give its NaN or
 /// infinity, without a report.
-KNOTWORK_API DoubleVec abs(const DoubleVec& v);
-KNOTWORK_API DoubleVec acos(const DoubleVec& v);
-KNOTWORK_API DoubleVec asin(const DoubleVec& v);
-KNOTWORK_API DoubleVec atan(const DoubleVec& v);
-KNOTWORK_API DoubleVec ceil(const DoubleVec& v);
-KNOTWORK_API DoubleVec cos(const DoubleVec& v);
-KNOTWORK_API DoubleVec cosh(const DoubleVec& v);
-KNOTWORK_API DoubleVec exp(const DoubleVec& v);
-KNOTWORK_API DoubleVec floorinline(const DoubleVec& v);
-KNOTWORK_API DoubleVec log(const DoubleVec& v);
-KNOTWORK_API DoubleVec log10(const DoubleVec& v);
-KNOTWORK_API DoubleVec sin(const DoubleVec& v);
-KNOTWORK_API DoubleVec sinh(const DoubleVec& v);
-KNOTWORK_API DoubleVec sqrt(const DoubleVec& v);
-KNOTWORK_API DoubleVec tan(const DoubleVec& v);
-KNOTWORK_API DoubleVec tanh(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec abs(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec acos(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec asin(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec atan(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec ceil(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec cos(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec cosh(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec exp(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec floorinline(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec log(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec log10(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec sin(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec sinh(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec sqrt(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec tan(const DoubleVec& v);
+[[nodiscard]] KNOTWORK_API DoubleVec tanh(const DoubleVec& v);
 /// @return new vector of atan2(a[i], b[i]), angles in radians. Reports 0x300F if the lengths
 /// differ.
-KNOTWORK_API DoubleVec atan2(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec atan2(const DoubleVec& a, const DoubleVec& b);
 /// @return new vector of a[i] to the power b[i]. Reports 0x300F if the lengths differ.
-KNOTWORK_API DoubleVec pow(const DoubleVec& a, const DoubleVec& b);
+[[nodiscard]] KNOTWORK_API DoubleVec pow(const DoubleVec& a, const DoubleVec& b);
 
 /// Writes the vector with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const DoubleVec& v);

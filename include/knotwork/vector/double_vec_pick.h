@@ -5,10 +5,10 @@
 #include "knotwork/vector/double_vec.h"
 #include "knotwork/vector/vec_pick.h"
 
-extern template class knotwork::detail::VecPick<DoubleVecPick, DoubleVec>;
+extern template class knotwork::VecPick<DoubleVecPick, DoubleVec>;
 
 /// A DoubleVec seen through a list of indices; made by `DoubleVec::vecPick`. See VecPick.
-class KNOTWORK_API DoubleVecPick : public knotwork::detail::VecPick<DoubleVecPick, DoubleVec> {
+class KNOTWORK_API DoubleVecPick : public knotwork::VecPick<DoubleVecPick, DoubleVec> {
  public:
   /// Another pick of the same vector through the same list.
   DoubleVecPick(const DoubleVecPick& pick);
@@ -26,6 +26,6 @@ class KNOTWORK_API DoubleVecPick : public knotwork::detail::VecPick<DoubleVecPic
 
  private:
   friend class DoubleVec;
-  friend class knotwork::detail::VecPick<DoubleVecPick, DoubleVec>;
-  DoubleVecPick(DoubleVec& v, const IntVec& indices);
+  friend class knotwork::VecPick<DoubleVecPick, DoubleVec>;
+  KNOTWORK_LOCAL DoubleVecPick(DoubleVec& v, const IntVec& indices);
 };

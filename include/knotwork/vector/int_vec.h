@@ -4,11 +4,11 @@
 
 #include "knotwork/vector/strided_vec.h"
 
-extern template class knotwork::detail::StridedVec<IntVec, int>;
+extern template class knotwork::StridedVec<IntVec, int>;
 
 /// A dense vector of int: a view on shared storage. Arithmetic wraps modulo 2^32. See StridedVec
 /// for what it shares with the other vectors.
-class KNOTWORK_API IntVec : public knotwork::detail::StridedVec<IntVec, int> {
+class KNOTWORK_API IntVec : public knotwork::StridedVec<IntVec, int> {
  public:
   /// An empty vector.
   IntVec();
@@ -22,6 +22,7 @@ class KNOTWORK_API IntVec : public knotwork::detail::StridedVec<IntVec, int> {
   IntVec(const int* p, unsigned n);
   /// Another view on v's elements, not a copy.
   IntVec(const IntVec& v);
+  ~IntVec();
   /// New vector of the picked elements, in the pick's order.
   IntVec(const IntVecPick& pick);
   /// New vector of each element truncated toward zero; one beyond the range of int
@@ -48,43 +49,43 @@ class KNOTWORK_API IntVec : public knotwork::detail::StridedVec<IntVec, int> {
   static int numberPerLine;
 
  private:
-  friend class knotwork::detail::StridedVec<IntVec, int>;
-  IntVec(const IntVec& v, int first, unsigned n, int stride);
+  friend class knotwork::StridedVec<IntVec, int>;
+  KNOTWORK_LOCAL IntVec(const IntVec& v, int first, unsigned n, int stride);
 };
 
 /// @return new vector a[i] op b[i], as long as b. Report 0x300F if the lengths differ; should the
 /// handler return, elements of b without a partner give 0.
-KNOTWORK_API IntVec operator+(const IntVec& a, const IntVec& b);
-KNOTWORK_API IntVec operator-(const IntVec& a, const IntVec& b);
-KNOTWORK_API IntVec operator*(const IntVec& a, const IntVec& b);
+[[nodiscard]] KNOTWORK_API IntVec operator+(const IntVec& a, const IntVec& b);
+[[nodiscard]] KNOTWORK_API IntVec operator-(const IntVec& a, const IntVec& b);
+[[nodiscard]] KNOTWORK_API IntVec operator*(const IntVec& a, const IntVec& b);
 /// @return new vector v[i] op s.
-KNOTWORK_API IntVec operator+(const IntVec& v, int s);
-KNOTWORK_API IntVec operator*(const IntVec& v, int s);
+[[nodiscard]] KNOTWORK_API IntVec operator+(const IntVec& v, int s);
+[[nodiscard]] KNOTWORK_API IntVec operator*(const IntVec& v, int s);
 /// @return new vector -v[i].
-KNOTWORK_API IntVec operator-(const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec operator-(const IntVec& v);
 
 /// @return sum of a[i] b[i], wrapping in the element type. Reports 0x300F if the lengths differ.
-KNOTWORK_API int dot(const IntVec& a, const IntVec& b);
+[[nodiscard]] KNOTWORK_API int dot(const IntVec& a, const IntVec& b);
 /// @return sum of the elements, wrapping in the element type.
-KNOTWORK_API int sum(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int sum(const IntVec& v);
 /// @return product of the elements, wrapping in the element type; 1 for an empty vector.
-KNOTWORK_API int prod(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int prod(const IntVec& v);
 /// @return index of the first largest (smallest) element. Report 0x3011, a warning, and return -1
 /// for an empty vector.
-KNOTWORK_API int maxIndex(const IntVec& v);
-KNOTWORK_API int minIndex(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int maxIndex(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int minIndex(const IntVec& v);
 /// @return the element at `maxIndex` (`minIndex`); 0 for an empty vector, with that function's
 /// report.
-KNOTWORK_API int maxValue(const IntVec& v);
-KNOTWORK_API int minValue(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int maxValue(const IntVec& v);
+[[nodiscard]] KNOTWORK_API int minValue(const IntVec& v);
 /// @return new vector of absolute values; that of the least value wraps to itself.
-KNOTWORK_API IntVec abs(const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec abs(const IntVec& v);
 /// @return new vector of the running sums v[0] + ... + v[i].
-KNOTWORK_API IntVec cumsum(const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec cumsum(const IntVec& v);
 /// @return new vector of v[0] and the differences v[i] - v[i - 1].
-KNOTWORK_API IntVec delta(const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec delta(const IntVec& v);
 /// @return view on v backwards.
-KNOTWORK_API IntVec reverse(const IntVec& v);
+[[nodiscard]] KNOTWORK_API IntVec reverse(const IntVec& v);
 
 /// Writes the vector with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const IntVec& v);

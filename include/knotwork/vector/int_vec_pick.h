@@ -4,10 +4,10 @@
 
 #include "knotwork/vector/vec_pick.h"
 
-extern template class knotwork::detail::VecPick<IntVecPick, IntVec>;
+extern template class knotwork::VecPick<IntVecPick, IntVec>;
 
 /// A IntVec seen through a list of indices; made by `IntVec::vecPick`. See VecPick.
-class KNOTWORK_API IntVecPick : public knotwork::detail::VecPick<IntVecPick, IntVec> {
+class KNOTWORK_API IntVecPick : public knotwork::VecPick<IntVecPick, IntVec> {
  public:
   /// Another pick of the same vector through the same list.
   IntVecPick(const IntVecPick& pick);
@@ -25,6 +25,6 @@ class KNOTWORK_API IntVecPick : public knotwork::detail::VecPick<IntVecPick, Int
 
  private:
   friend class IntVec;
-  friend class knotwork::detail::VecPick<IntVecPick, IntVec>;
-  IntVecPick(IntVec& v, const IntVec& indices);
+  friend class knotwork::VecPick<IntVecPick, IntVec>;
+  KNOTWORK_LOCAL IntVecPick(IntVec& v, const IntVec& indices);
 };

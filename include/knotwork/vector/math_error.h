@@ -4,17 +4,16 @@
 #pragma once
 
 #include <cstdarg>
-#include <type_traits>
 
 #include "knotwork/export.h"
 
 /// What a failed check hands to the installed handler.
-struct MathErrorRecord {
+struct KNOTWORK_API MathErrorRecord {
   /// @param errorCode       catalogue and message, a knotwork::MathCode; 0 means no error.
   /// @param errorSeverity   0 warning, 1 the message's own severity, anything else fatal.
   /// @param errorOrigin     tag of the reporting class, 0xF000 when it has none.
-  constexpr MathErrorRecord(unsigned short errorCode, unsigned errorSeverity,
-                            unsigned short errorOrigin)
+  KNOTWORK_INLINE_API constexpr MathErrorRecord(unsigned short errorCode, unsigned errorSeverity,
+                                                unsigned short errorOrigin)
       : code(errorCode), severity(errorSeverity), origin(errorOrigin) {}
 
   unsigned short code;
@@ -40,27 +39,18 @@ KNOTWORK_API void raiseMathError(MathErrorRecord record, ...);
 /// Reports `code` with the message's own severity and no origin to the installed handler.
 KNOTWORK_API void raiseMathErrorCode(int code, ...);
 
-namespace knotwork::detail {
-
-template <class T>
-inline constexpr bool isMessageArgument =
-    std::is_same_v<T, int> || std::is_same_v<T, unsigned> || std::is_same_v<T, double> ||
-    std::is_same_v<T, const char*>;
-
-}  // namespace knotwork::detail
-
-/// As the C variadic form behind it; arguments that no message placeholder takes do not compile.
+/// As the C variadic form behind it: with any arguments that this takes, promoted as it promotes
+/// them. They must be what the message's placeholders ask for.
 template <class... Args>
 void raiseMathError(const MathErrorRecord& record, Args... args) {
-  static_assert((knotwork::detail::isMessageArgument<Args> && ...));
   constexpr void (*raise)(MathErrorRecord, ...) = &raiseMathError;
   raise(record, args...);
 }
 
-/// As the C variadic form behind it; arguments that no message placeholder takes do not compile.
+/// As the C variadic form behind it: with any arguments that this takes, promoted as it promotes
+/// them. They must be what the message's placeholders ask for.
 template <class... Args>
 void raiseMathErrorCode(int code, Args... args) {
-  static_assert((knotwork::detail::isMessageArgument<Args> && ...));
   constexpr void (*raise)(int, ...) = &raiseMathErrorCode;
   raise(code, args...);
 }

@@ -4,11 +4,11 @@
 
 #include "knotwork/vector/strided_vec.h"
 
-extern template class knotwork::detail::StridedVec<SCharVec, signed char>;
+extern template class knotwork::StridedVec<SCharVec, signed char>;
 
 /// A dense vector of signed char: a view on shared storage. Arithmetic wraps modulo 256. See
 /// StridedVec for what it shares with the other vectors.
-class KNOTWORK_API SCharVec : public knotwork::detail::StridedVec<SCharVec, signed char> {
+class KNOTWORK_API SCharVec : public knotwork::StridedVec<SCharVec, signed char> {
  public:
   /// An empty vector.
   SCharVec();
@@ -22,6 +22,7 @@ class KNOTWORK_API SCharVec : public knotwork::detail::StridedVec<SCharVec, sign
   SCharVec(const signed char* p, unsigned n);
   /// Another view on v's elements, not a copy.
   SCharVec(const SCharVec& v);
+  ~SCharVec();
   /// New vector of the picked elements, in the pick's order.
   SCharVec(const SCharVecPick& pick);
   /// New vector of the low 8 bits of each element.
@@ -47,43 +48,43 @@ class KNOTWORK_API SCharVec : public knotwork::detail::StridedVec<SCharVec, sign
   static int numberPerLine;
 
  private:
-  friend class knotwork::detail::StridedVec<SCharVec, signed char>;
-  SCharVec(const SCharVec& v, int first, unsigned n, int stride);
+  friend class knotwork::StridedVec<SCharVec, signed char>;
+  KNOTWORK_LOCAL SCharVec(const SCharVec& v, int first, unsigned n, int stride);
 };
 
 /// @return new vector a[i] op b[i], as long as b. Report 0x300F if the lengths differ; should the
 /// handler return, elements of b without a partner give 0.
-KNOTWORK_API SCharVec operator+(const SCharVec& a, const SCharVec& b);
-KNOTWORK_API SCharVec operator-(const SCharVec& a, const SCharVec& b);
-KNOTWORK_API SCharVec operator*(const SCharVec& a, const SCharVec& b);
+[[nodiscard]] KNOTWORK_API SCharVec operator+(const SCharVec& a, const SCharVec& b);
+[[nodiscard]] KNOTWORK_API SCharVec operator-(const SCharVec& a, const SCharVec& b);
+[[nodiscard]] KNOTWORK_API SCharVec operator*(const SCharVec& a, const SCharVec& b);
 /// @return new vector v[i] op s.
-KNOTWORK_API SCharVec operator+(const SCharVec& v, signed char s);
-KNOTWORK_API SCharVec operator*(const SCharVec& v, signed char s);
+[[nodiscard]] KNOTWORK_API SCharVec operator+(const SCharVec& v, signed char s);
+[[nodiscard]] KNOTWORK_API SCharVec operator*(const SCharVec& v, signed char s);
 /// @return new vector -v[i].
-KNOTWORK_API SCharVec operator-(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API SCharVec operator-(const SCharVec& v);
 
 /// @return sum of a[i] b[i], wrapping in the element type. Reports 0x300F if the lengths differ.
-KNOTWORK_API signed char dot(const SCharVec& a, const SCharVec& b);
+[[nodiscard]] KNOTWORK_API signed char dot(const SCharVec& a, const SCharVec& b);
 /// @return sum of the elements, wrapping in the element type.
-KNOTWORK_API signed char sum(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API signed char sum(const SCharVec& v);
 /// @return product of the elements, wrapping in the element type; 1 for an empty vector.
-KNOTWORK_API signed char prod(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API signed char prod(const SCharVec& v);
 /// @return index of the first largest (smallest) element. Report 0x3011, a warning, and return -1
 /// for an empty vector.
-KNOTWORK_API int maxIndex(const SCharVec& v);
-KNOTWORK_API int minIndex(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API int maxIndex(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API int minIndex(const SCharVec& v);
 /// @return the element at `maxIndex` (`minIndex`); 0 for an empty vector, with that function's
 /// report.
-KNOTWORK_API signed char maxValue(const SCharVec& v);
-KNOTWORK_API signed char minValue(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API signed char maxValue(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API signed char minValue(const SCharVec& v);
 /// @return new vector of absolute values; that of the least value wraps to itself.
-KNOTWORK_API SCharVec abs(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API SCharVec abs(const SCharVec& v);
 /// @return new vector of the running sums v[0] + ... + v[i].
-KNOTWORK_API SCharVec cumsum(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API SCharVec cumsum(const SCharVec& v);
 /// @return new vector of v[0] and the differences v[i] - v[i - 1].
-KNOTWORK_API SCharVec delta(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API SCharVec delta(const SCharVec& v);
 /// @return view on v backwards.
-KNOTWORK_API SCharVec reverse(const SCharVec& v);
+[[nodiscard]] KNOTWORK_API SCharVec reverse(const SCharVec& v);
 
 /// Writes the vector with `printOn`, reads it with `scanFrom`; @return the stream.
 KNOTWORK_API std::ostream& operator<<(std::ostream& out, const SCharVec& v);

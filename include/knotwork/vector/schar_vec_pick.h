@@ -5,10 +5,10 @@
 #include "knotwork/vector/schar_vec.h"
 #include "knotwork/vector/vec_pick.h"
 
-extern template class knotwork::detail::VecPick<SCharVecPick, SCharVec>;
+extern template class knotwork::VecPick<SCharVecPick, SCharVec>;
 
 /// A SCharVec seen through a list of indices; made by `SCharVec::vecPick`. See VecPick.
-class KNOTWORK_API SCharVecPick : public knotwork::detail::VecPick<SCharVecPick, SCharVec> {
+class KNOTWORK_API SCharVecPick : public knotwork::VecPick<SCharVecPick, SCharVec> {
  public:
   /// Another pick of the same vector through the same list.
   SCharVecPick(const SCharVecPick& pick);
@@ -26,6 +26,6 @@ class KNOTWORK_API SCharVecPick : public knotwork::detail::VecPick<SCharVecPick,
 
  private:
   friend class SCharVec;
-  friend class knotwork::detail::VecPick<SCharVecPick, SCharVec>;
-  SCharVecPick(SCharVec& v, const IntVec& indices);
+  friend class knotwork::VecPick<SCharVecPick, SCharVec>;
+  KNOTWORK_LOCAL SCharVecPick(SCharVec& v, const IntVec& indices);
 };

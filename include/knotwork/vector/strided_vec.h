@@ -14,7 +14,7 @@
 #include "knotwork/fwd.h"
 #include "knotwork/vector/rw_block.h"
 
-namespace knotwork::detail {
+namespace knotwork {
 
 /// A strided view on a shared block of elements; `Vec` is the final class, `T` its element type.
 ///
@@ -36,9 +36,9 @@ class KNOTWORK_API StridedVec {
   /// Gives the vector contiguous storage of its own, unless it has that already.
   void deepenShallowCopy();
   /// @return new vector with the same elements.
-  Vec deepCopy() const;
+  [[nodiscard]] Vec deepCopy() const;
   /// @return new vector with the same elements.
-  Vec copy() const;
+  [[nodiscard]] Vec copy() const;
   /// Changes the length to n in storage of its own, keeping the leading elements and setting new
   /// ones to 0. The same length changes nothing.
   void resize(unsigned n);
@@ -47,37 +47,41 @@ class KNOTWORK_API StridedVec {
   void reshape(unsigned n);
   /// @return view on elements first, first + stride, ..., n of them. Nothing is checked; see
   /// `sliceCheck`.
-  Vec slice(int first, unsigned n, int stride) const;
+  [[nodiscard]] Vec slice(int first, unsigned n, int stride) const;
 
   /// Element i. Reports 0x3005 if i is not in [0, length()); the access is made all the same.
-  T& operator[](int i) {
+  KNOTWORK_TEMPLATE_API T& operator[](int i) {
     boundsCheck(i);
     return (*this)(i);
   }
-  T operator[](int i) const {
+  KNOTWORK_TEMPLATE_API T operator[](int i) const {
     boundsCheck(i);
     return (*this)(i);
   }
   /// Element i, unchecked.
-  T& operator()(int i) { return start_[static_cast<std::ptrdiff_t>(i) * elementStride_]; }
-  T operator()(int i) const { return start_[static_cast<std::ptrdiff_t>(i) * elementStride_]; }
+  KNOTWORK_TEMPLATE_API T& operator()(int i) {
+    return start_[static_cast<std::ptrdiff_t>(i) * elementStride_];
+  }
+  KNOTWORK_TEMPLATE_API T operator()(int i) const {
+    return start_[static_cast<std::ptrdiff_t>(i) * elementStride_];
+  }
   /// The i-th element of storage from the view's start on, whatever the stride; unchecked.
-  T& sub(int i) { return start_[i]; }
-  T sub(int i) const { return start_[i]; }
+  KNOTWORK_TEMPLATE_API T& sub(int i) { return start_[i]; }
+  KNOTWORK_TEMPLATE_API T sub(int i) const { return start_[i]; }
   /// @return address of element 0; null for an empty vector made by length.
-  T* data() { return start_; }
-  const T* data() const { return start_; }
+  KNOTWORK_TEMPLATE_API T* data() { return start_; }
+  KNOTWORK_TEMPLATE_API const T* data() const { return start_; }
   /// @return number of elements.
-  unsigned length() const { return len_; }
+  KNOTWORK_TEMPLATE_API unsigned length() const { return len_; }
   /// @return distance between consecutive elements in storage; may be negative or 0.
-  int stride() const { return elementStride_; }
+  KNOTWORK_TEMPLATE_API int stride() const { return elementStride_; }
 
   /// Reports 0x3005 unless 0 <= i < length().
-  void boundsCheck(int i) const {
+  KNOTWORK_TEMPLATE_API void boundsCheck(int i) const {
     if (i < 0 || i >= static_cast<int>(len_)) reportIndex(i);
   }
   /// Reports 0x300F unless length() is n.
-  void lengthCheck(unsigned n) const {
+  KNOTWORK_TEMPLATE_API void lengthCheck(unsigned n) const {
     if (len_ != n) reportLength(n);
   }
   /// Reports 0x300C unless the first and the last element of the slice lie in the vector; a slice
@@ -108,7 +112,7 @@ class KNOTWORK_API StridedVec {
   /// @return 1 if the lengths are equal and every pair of elements compares equal, else 0.
   int operator==(const StridedVec& v) const;
   /// @return the negation of `==`.
-  int operator!=(const StridedVec& v) const { return !(*this == v); }
+  KNOTWORK_TEMPLATE_API int operator!=(const StridedVec& v) const { return !(*this == v); }
 
   /// @return 1 if every element equals value (1 for an empty vector), else 0.
   int isEqual(T value) const requires std::integral<T>;
@@ -155,12 +159,11 @@ class KNOTWORK_API StridedVec {
   int elementStride_;
 
  private:
-  const Vec& self() const { return static_cast<const Vec&>(*this); }
-  Vec& self() { return static_cast<Vec&>(*this); }
-  void takeNewBlock(RWBlock* block, unsigned n);
+  KNOTWORK_TEMPLATE_API const Vec& self() const { return static_cast<const Vec&>(*this); }
+  KNOTWORK_TEMPLATE_API Vec& self() { return static_cast<Vec&>(*this); }
   void reportIndex(int i) const;
   void reportLength(unsigned n) const;
-  bool storeScanned(unsigned count, T value);
+  KNOTWORK_LOCAL bool storeScanned(unsigned count, T value);
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -4,7 +4,7 @@
 
 #include "knotwork/vector/int_vec.h"
 
-namespace knotwork::detail {
+namespace knotwork {
 
 /// Element k of a pick is vec(index(k)); `Pick` is the final class, `Vec` the picked one.
 ///
@@ -20,13 +20,13 @@ class KNOTWORK_API VecPick {
   VecPick(const VecPick&) = default;
 
   /// @return number of picked elements.
-  unsigned length() const { return index_.length(); }
+  KNOTWORK_TEMPLATE_API unsigned length() const { return index_.length(); }
   /// Picked element k; neither k nor its index is checked.
-  value_type& operator()(int k) { return vec_(index_(k)); }
-  value_type operator()(int k) const { return vec_(index_(k)); }
+  KNOTWORK_TEMPLATE_API value_type& operator()(int k) { return vec_(index_(k)); }
+  KNOTWORK_TEMPLATE_API value_type operator()(int k) const { return vec_(index_(k)); }
 
  protected:
-  VecPick(const Vec& v, const IntVec& indices) : vec_(v), index_(indices) {}
+  KNOTWORK_TEMPLATE_API VecPick(const Vec& v, const IntVec& indices) : vec_(v), index_(indices) {}
   ~VecPick() = default;
   VecPick& operator=(const VecPick&) = delete;
 
@@ -43,4 +43,4 @@ class KNOTWORK_API VecPick {
   IntVec index_;
 };
 
-}  // namespace knotwork::detail
+}  // namespace knotwork

@@ -1,26 +1,21 @@
 // SPDX-License-Identifier: MIT
-// Operations on several columns at once: groups through the kernels, the rest one by one.
+// Operations on several columns at once: groups through the kernels. What makes these operations
+// LINPACK's stands here: a factor of 0 leaves its column out, so that what is not finite there does
+// not spread.
 #include "decomp/linpack/columns.h"
 
 #include <algorithm>
 
-#include "vector/kernels/kernels.h"
+#include "kernels/kernels.h"
 
 namespace knotwork::linpack {
 namespace {
 
-/// The set that goes with the element kernels in use.
-const ColumnKernels& kernels() {
-#if defined(KNOTWORK_HAVE_AVX2)
-  if (detail::activeKernels == &detail::avx2Kernels) return avx2ColumnKernels;
-#endif
-  return baselineColumnKernels;
-}
+using detail::columnKernels;
 
-/// sums[j] = v'y_j for `count` <= kGroup columns; each sum in index order.
-void dots(int q, const double* v, int count, const double* y, std::ptrdiff_t ld, double* sums) {
-  if (count == kGroup) return kernels().dotGroup(q, v, y, ld, sums);
-  for (int j = 0; j < count; ++j) sums[j] = blas1::ddot(q, v, y + j * ld);
+// y = y + t x.
+void addColumn(int q, double t, const double* x, double* y) {
+  columnKernels<double>().addColumns(static_cast<std::size_t>(q), 1, x, 0, &t, y);
 }
 
 }  // namespace
@@ -28,8 +23,9 @@ void dots(int q, const double* v, int count, const double* y, std::ptrdiff_t ld,
 void reflectColumns(int q, const double* v, int count, double* y, std::ptrdiff_t ld) {
   for (; count > 0; count -= kGroup, y += kGroup * ld) {
     const int columns = std::min(count, kGroup);
-    double t[kGroup];
-    dots(q, v, columns, y, ld, t);
+    double t[kGroup] = {};
+    columnKernels<double>().addColumnDots(static_cast<std::size_t>(q),
+                                          static_cast<std::size_t>(columns), v, y, ld, t);
     for (int j = 0; j < columns; ++j) t[j] = -t[j] / v[0];
     addToColumns(q, columns, t, v, y, ld);
   }
@@ -37,26 +33,25 @@ void reflectColumns(int q, const double* v, int count, double* y, std::ptrdiff_t
 
 void addToColumns(int q, int count, const double* t, const double* v, double* y,
                   std::ptrdiff_t ld) {
-  const ColumnKernels& set = kernels();
   for (int j = 0; j < count; ++j)
-    if (t[j] != 0.0) set.addToColumn(q, t[j], v, y + j * ld);
+    if (t[j] != 0.0) addColumn(q, t[j], v, y + j * ld);
 }
 
 void addColumns(int q, int count, const double* t, const double* x, std::ptrdiff_t ld, double* y) {
-  const ColumnKernels& set = kernels();
   for (; count > 0; count -= kGroup, t += kGroup, x += kGroup * ld) {
     const int columns = std::min(count, kGroup);
-    const bool anyZero = std::find(t, t + columns, 0.0) != t + columns;
-    if (columns == kGroup && !anyZero) {
-      set.addGroup(q, t, x, ld, y);
+    if (std::find(t, t + columns, 0.0) == t + columns) {
+      columnKernels<double>().addColumns(static_cast<std::size_t>(q),
+                                         static_cast<std::size_t>(columns), x, ld, t, y);
     } else {
-      for (int j = 0; j < columns; ++j) blas1::daxpy(q, t[j], x + j * ld, y);
+      for (int j = 0; j < columns; ++j)
+        if (t[j] != 0.0) addColumn(q, t[j], x + j * ld, y);
     }
   }
 }
 
 void rotateSweep(int q, int count, const double* c, const double* s, double* x, std::ptrdiff_t ld) {
-  kernels().rotateSweep(q, count, c, s, x, ld);
+  detail::activeKernels->rotateSweep(q, count, c, s, x, ld);
 }
 
 }  // namespace knotwork::linpack

@@ -6,10 +6,12 @@
 
 #include <cstddef>
 
-#include "decomp/linpack/column_kernels.h"
-#include "platform/blas1.h"
+#include "kernels/blas1.h"
 
 namespace knotwork::linpack {
+
+/// Columns that are worked on together.
+inline constexpr int kGroup = 8;
 
 /// A column-major array seen as a matrix; rows and columns count from 0 here.
 template <class T>

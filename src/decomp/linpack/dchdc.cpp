@@ -1,35 +1,54 @@
 // SPDX-License-Identifier: MIT
 // DCHDC: Cholesky factorisation with diagonal pivoting, in the upper triangle.
 //
-// A few rows are made first; the rows below, but for their diagonal, which the pivoting looks at,
-// then take them all in one pass. Every element still meets the rows one by one in their order.
+// The rows of a panel are made first, each with what the panel's earlier ones take from it; what is
+// below, but for the diagonal, which the pivoting looks at, then takes them all in one pass. Every
+// element still meets the rows one by one in their order.
+//
+// The published routine leaves out what a zero takes from a column. To take it makes a difference
+// to a -0, and where a number is not finite. A -0 is never made below, so it can but stand in the
+// matrix: then, and for a row that is not finite, rows are taken at once.
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "decomp/linpack/columns.h"
 #include "decomp/linpack/linpack.h"
+#include "kernels/kernels.h"
+#include "kernels/square_root.h"
 
 namespace knotwork::linpack {
+
+using detail::squareRoot;
+
 namespace {
 
-static_assert(kChdcWork == kGroup + 1);
+constexpr int kPanel = kChdcWork - 2;  // rows
+// From this order on the rows of a panel leave the first-level cache: panels are single groups.
+constexpr int kLargeOrder = 256;
 
-/// A factorisation on its way.
+// A factorisation on its way.
 struct Cholesky {
   Columns<double> A;
   int p;
   double* diagonal;  // of what is not factored yet, up to date
-  double* rows;      // kGroup rows of R side by side
+  double* row;       // the one that is made
+  double* negated;   // the rows of the panel with their signs changed, side by side
   int* jpvt;
   int freeBegin = 0, freeEnd = 0;
 
   void interchange(int i, int q);
   void sortPlaces();
+  bool hasNegativeZero() const;
   int placeOfLargest(int k) const;
+  void bringForward(int place, int k, int first);
   bool makeRow(int k, int first);
+  int panelRows() const;
   void takeRows(int first, int end);
   int run();
+
+ private:
+  double* negatedRow(int r) const { return negated + r * std::ptrdiff_t{p}; }
 };
 
 // Places i < q of the symmetric matrix change, rows and columns together; A(i, q) maps to itself.
@@ -65,46 +84,63 @@ void Cholesky::sortPlaces() {
 int Cholesky::placeOfLargest(int k) const {
   int place = k;
   if (k < freeBegin) return place;
-  for (int q = k + 1; q < freeEnd; ++q)
+  for (int q = k + 1; q < freeEnd; ++q) {
     if (!(diagonal[q] <= diagonal[place])) place = q;
+  }
   return place;
+}
+
+bool Cholesky::hasNegativeZero() const {
+  for (int j = 0; j < p; ++j) {
+    for (int i = 0; i <= j; ++i) {
+      if (A(i, j) == 0.0 && std::signbit(A(i, j))) return true;
+    }
+  }
+  return false;
+}
+
+// Brings the pivot at `place` to place k; first .. k - 1 are the panel's rows.
+void Cholesky::bringForward(int place, int k, int first) {
+  interchange(k, place);
+  for (int r = 0; r < k - first; ++r) std::swap(negatedRow(r)[k], negatedRow(r)[place]);
+  std::swap(diagonal[k], diagonal[place]);
+  std::swap(jpvt[place], jpvt[k]);
 }
 
 // R(k, j) = (A(k, j) - sum of R(r, k) R(r, j)) / R(k, k), where rows before `first` have been taken
 // already; then the diagonal takes row k. Returns whether the row is finite.
 bool Cholesky::makeRow(int k, int first) {
-  const double* const above = A.at(0, k);
-  const double pivot = std::sqrt(diagonal[k]);
+  const double pivot = squareRoot(diagonal[k]);
   diagonal[k] = pivot;
+  for (int j = k + 1; j < p; ++j) row[j] = A(k, j);
+  detail::columnKernels<double>().addColumns(static_cast<std::size_t>(p - k - 1),
+                                             static_cast<std::size_t>(k - first), negated + k + 1,
+                                             p, A.at(first, k), row + k + 1);
+  double* const taken = negatedRow(k - first);
   bool finite = true;
   for (int j = k + 1; j < p; ++j) {
-    double* const column = A.at(0, j);
-    double value = column[k];
-    for (int r = first; r < k; ++r)
-      if (column[r] != 0.0) value += -column[r] * above[r];
-    value = value / pivot;
-    column[k] = value;
-    if (value != 0.0) diagonal[j] += -value * value;
+    const double value = row[j] / pivot;
     finite = finite && std::isfinite(value);
+    diagonal[j] += -value * value;
+    taken[j] = -value;
+    A(k, j) = value;
   }
   return finite;
 }
 
 // A(i, j) -= R(r, i) R(r, j) for r = first .. end - 1 and all i < j from `end` on
 void Cholesky::takeRows(int first, int end) {
-  const int count = end - first;
-  for (int j = end; j < p; ++j)
-    for (int r = 0; r < count; ++r) rows[r * std::ptrdiff_t{p} + j] = A(first + r, j);
-  for (int j = end + 1; j < p; ++j) {
-    double t[kGroup];
-    for (int r = 0; r < count; ++r) t[r] = -A(first + r, j);
-    addColumns(j - end, count, t, rows + end, p, A.at(end, j));
-  }
+  for (int j = end + 1; j < p; ++j)
+    addColumns(j - end, end - first, A.at(first, j), negated + end, p, A.at(end, j));
 }
 
-// Rows with a number that is not finite are taken at once, as infinity times zero depends on which
-// of two places comes first.
+int Cholesky::panelRows() const {
+  if (hasNegativeZero()) return 1;
+  return p < kLargeOrder ? kPanel : kGroup;
+}
+
 int Cholesky::run() {
+  const int panel = panelRows();
   int first = 0;
   for (int k = 0; k < p; ++k) {
     const int place = placeOfLargest(k);
@@ -112,12 +148,8 @@ int Cholesky::run() {
       takeRows(first, k);
       return k;
     }
-    if (place != k) {
-      interchange(k, place);
-      std::swap(diagonal[k], diagonal[place]);
-      std::swap(jpvt[place], jpvt[k]);
-    }
-    if (makeRow(k, first) && k + 1 < first + kGroup) continue;
+    if (place != k) bringForward(place, k, first);
+    if (makeRow(k, first) && k + 1 < first + panel) continue;
     takeRows(first, k + 1);
     first = k + 1;
   }
@@ -127,7 +159,8 @@ int Cholesky::run() {
 }  // namespace
 
 int dchdc(double* a, int lda, int p, double* work, int* jpvt, Pivoting job) {
-  Cholesky cholesky{Columns(a, lda), p, work, work + p, jpvt};
+  const std::ptrdiff_t length = p;
+  Cholesky cholesky{Columns(a, lda), p, work, work + length, work + 2 * length, jpvt};
   if (job == Pivoting::kOn) cholesky.sortPlaces();
   for (int j = 0; j < p; ++j) work[j] = cholesky.A(j, j);
   const int info = cholesky.run();

@@ -6,8 +6,12 @@
 
 #include "decomp/linpack/columns.h"
 #include "decomp/linpack/linpack.h"
+#include "kernels/square_root.h"
 
 namespace knotwork::linpack {
+
+using detail::squareRoot;
+
 namespace {
 
 // R' s = x
@@ -26,7 +30,7 @@ void findRotations(int p, double alpha, double* c, double* s) {
     const double scale = static_cast<float>(alpha + std::abs(s[i]));
     const double a = alpha / scale;
     const double b = s[i] / scale;
-    const double norm = std::sqrt(a * a + b * b);
+    const double norm = squareRoot(a * a + b * b);
     c[i] = a / norm;
     s[i] = b / norm;
     alpha = scale * norm;
@@ -42,7 +46,7 @@ void rotateColumn(double* column, int j, const double* c, const double* s) {
   }
 }
 
-/// Takes zeta out of a data column; returns what is left of zeta.
+// Takes zeta out of a data column; returns what is left of zeta.
 double removeFrom(double* column, double zeta, int p, const double* c, const double* s) {
   for (int i = 0; i < p; ++i) {
     column[i] = (column[i] - s[i] * zeta) / c[i];
@@ -51,7 +55,7 @@ double removeFrom(double* column, double zeta, int p, const double* c, const dou
   return zeta;
 }
 
-/// rho = sqrt(rho^2 - azeta^2), or -1 and false where that is no number. Zero less zero is zero.
+// rho = sqrt(rho^2 - azeta^2), or -1 and false where that is no number. Zero less zero is zero.
 bool lowerResidual(double& rho, double azeta) {
   if (rho == 0.0 && azeta == 0.0) return true;
   if (!(azeta <= rho)) {
@@ -59,7 +63,7 @@ bool lowerResidual(double& rho, double azeta) {
     return false;
   }
   const double ratio = azeta / rho;
-  rho = rho * std::sqrt(1.0 - ratio * ratio);
+  rho = rho * squareRoot(1.0 - ratio * ratio);
   return true;
 }
 
@@ -74,7 +78,7 @@ int dchdd(double* r, int ldr, int p, const double* x, double* z, int ldz, int nz
   const double norm = blas1::dnrm2(p, s);
   if (!(norm < 1.0)) return -1;
 
-  findRotations(p, std::sqrt(1.0 - norm * norm), c, s);
+  findRotations(p, squareRoot(1.0 - norm * norm), c, s);
   for (int j = 0; j < p; ++j) rotateColumn(R.at(0, j), j, c, s);
   int info = 0;
   for (int j = 0; j < nz; ++j)

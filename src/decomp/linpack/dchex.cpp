@@ -8,14 +8,14 @@
 namespace knotwork::linpack {
 namespace {
 
-/// Rows i, i + 1 of one column turned by (c, s); `x` points at row i.
+// Rows i, i + 1 of one column turned by (c, s); `x` points at row i.
 void rotatePair(double* x, double c, double s) {
   const double turned = c * x[0] + s * x[1];
   x[1] = c * x[1] - s * x[0];
   x[0] = turned;
 }
 
-/// A factor with the columns first < last that bound the move.
+// A factor with the columns first < last that bound the move.
 struct Shift {
   Columns<double> R;
   int p, first, last;

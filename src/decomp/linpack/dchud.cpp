@@ -4,11 +4,15 @@
 
 #include "decomp/linpack/columns.h"
 #include "decomp/linpack/linpack.h"
+#include "kernels/square_root.h"
 
 namespace knotwork::linpack {
+
+using detail::squareRoot;
+
 namespace {
 
-/// (column(i), below) turned by (c(i), s(i)) for i < count; returns what `below` has become.
+// (column(i), below) turned by (c(i), s(i)) for i < count; returns what `below` has become.
 double rotateInto(double* column, double below, int count, const double* c, const double* s) {
   for (int i = 0; i < count; ++i) {
     const double turned = c[i] * column[i] + s[i] * below;
@@ -35,7 +39,7 @@ void dchud(double* r, int ldr, int p, const double* x, double* z, int ldz, int n
     const double scale = azeta + rho[j];
     const double a = azeta / scale;
     const double b = rho[j] / scale;
-    rho[j] = scale * std::sqrt(a * a + b * b);
+    rho[j] = scale * squareRoot(a * a + b * b);
   }
 }
 

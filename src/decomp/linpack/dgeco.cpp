@@ -11,7 +11,7 @@
 namespace knotwork::linpack {
 namespace {
 
-/// The factors, the vector that is driven to grow, and the length of its image.
+// The factors, the vector that is driven to grow, and the length of its image.
 struct Estimate {
   Columns<double> A;
   int n;
@@ -24,9 +24,9 @@ struct Estimate {
   void solveL();
   void solveU();
 
-  /// z = factor z, all of it.
+  // z = factor z, all of it.
   void scale(double factor) { blas1::dscal(n, factor, z); }
-  /// The same, followed by ynorm.
+  // The same, followed by ynorm.
   void scaleBoth(double factor) {
     scale(factor);
     ynorm = factor * ynorm;

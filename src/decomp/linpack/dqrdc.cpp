@@ -8,11 +8,15 @@
 
 #include "decomp/linpack/columns.h"
 #include "decomp/linpack/linpack.h"
+#include "kernels/square_root.h"
 
 namespace knotwork::linpack {
+
+using detail::squareRoot;
+
 namespace {
 
-/// A factorisation on its way.
+// A factorisation on its way.
 struct Qr {
   Columns<double> X;
   int n, p;
@@ -77,7 +81,7 @@ void Qr::lowerNorm(int l, int j) {
   const double shrunk = qraux[j] / work[j];
   const double test = 1.0 + 0.05 * kept * (shrunk * shrunk);  // grouping as published
   if (test != 1.0) {
-    qraux[j] = qraux[j] * std::sqrt(kept);
+    qraux[j] = qraux[j] * squareRoot(kept);
   } else {
     work[j] = qraux[j] = blas1::dnrm2(n - l - 1, X.at(l + 1, j));
   }

@@ -10,8 +10,8 @@ namespace {
 
 using Factor = Columns<const double>;
 
-/// y = y - v (v'y) / v_1 for the j-th reflection. The first element of v stands in qraux: the
-/// product starts with it, then goes down the column.
+// y = y - v (v'y) / v_1 for the j-th reflection. The first element of v stands in qraux: the
+// product starts with it, then goes down the column.
 void applyReflection(const Factor& X, int n, const double* qraux, int j, double* y) {
   const double head = qraux[j];
   if (head == 0.0) return;
@@ -31,70 +31,46 @@ void applyForwards(const Factor& X, int n, int count, const double* qraux, doubl
   for (int j = 0; j < count; ++j) applyReflection(X, n, qraux, j, y);
 }
 
-// R b = b, leaving off at the first zero from below
-int backSubstitute(const Factor& X, int k, double* b) {
+// R b = y in the place of y, leaving off at the first zero from below
+int backSubstitute(const Factor& X, int k, double* y) {
   for (int j = k - 1; j >= 0; --j) {
     if (X(j, j) == 0.0) return j + 1;
-    b[j] = b[j] / X(j, j);
-    if (j > 0) blas1::daxpy(j, -b[j], X.at(0, j), b);
+    y[j] = y[j] / X(j, j);
+    blas1::daxpy(j, -y[j], X.at(0, j), y);
   }
   return 0;
 }
 
-// A single row has no reflection.
-int singleRow(const Factor& X, const double* y, double* qy, double* qty, double* b, double* rsd,
-              double* xb, QrslJob job) {
-  switch (job) {
-    case QrslJob::kQy:
-      qy[0] = y[0];
-      break;
-    case QrslJob::kQty:
-      qty[0] = y[0];
-      break;
-    case QrslJob::kFit:
-      xb[0] = y[0];
-      break;
-    case QrslJob::kResidual:
-      rsd[0] = 0.0;
-      break;
-    case QrslJob::kSolve:
-      if (X(0, 0) == 0.0) return 1;
-      b[0] = y[0] / X(0, 0);
-  }
-  return 0;
+// A single row has no reflection: y is Q'y, and all of it is fit. The published routine does not
+// touch the coefficient of a zero; here that is 0, not what stood in its place.
+int singleRow(const Factor& X, double* y, QrslJob job) {
+  if (job == QrslJob::kResidual) y[0] = 0.0;
+  if (job != QrslJob::kSolve) return 0;
+  const bool zero = X(0, 0) == 0.0;
+  y[0] = zero ? 0.0 : y[0] / X(0, 0);
+  return zero ? 1 : 0;
 }
 
 }  // namespace
 
-int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, const double* y, double* qy,
-          double* qty, double* b, double* rsd, double* xb, QrslJob job) {
+int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, double* y, QrslJob job) {
   const Factor X(x, ldx);
   const int count = std::min(k, n - 1);
-  if (count < 1) return singleRow(X, y, qy, qty, b, rsd, xb, job);
-
+  if (count < 1) return singleRow(X, y, job);
   if (job == QrslJob::kQy) {
-    blas1::dcopy(n, y, qy);
-    applyBackwards(X, n, count, qraux, qy);
+    applyBackwards(X, n, count, qraux, y);
     return 0;
   }
-
-  blas1::dcopy(n, y, qty);
-  applyForwards(X, n, count, qraux, qty);
-  if (job == QrslJob::kSolve) {
-    blas1::dcopy(k, qty, b);
-    return backSubstitute(X, k, b);
-  }
+  applyForwards(X, n, count, qraux, y);
+  if (job == QrslJob::kSolve) return backSubstitute(X, k, y);
+  if (job == QrslJob::kQty) return 0;
   // Fit and residual are the two parts of Q'y, turned back: the residual is no difference.
   if (job == QrslJob::kFit) {
-    if (xb != qty) blas1::dcopy(k, qty, xb);
-    std::fill(xb + k, xb + n, 0.0);
-    applyBackwards(X, n, count, qraux, xb);
+    std::fill(y + k, y + n, 0.0);
+  } else {
+    std::fill(y, y + k, 0.0);
   }
-  if (job == QrslJob::kResidual) {
-    if (rsd != qty) blas1::dcopy(n - k, qty + k, rsd + k);
-    std::fill(rsd, rsd + k, 0.0);
-    applyBackwards(X, n, count, qraux, rsd);
-  }
+  applyBackwards(X, n, count, qraux, y);
   return 0;
 }
 

@@ -7,8 +7,12 @@
 
 #include "decomp/linpack/columns.h"
 #include "decomp/linpack/linpack.h"
+#include "kernels/square_root.h"
 
 namespace knotwork::linpack {
+
+using detail::squareRoot;
+
 namespace {
 
 constexpr int kSweepLimit = 30;
@@ -20,7 +24,7 @@ void makeUnit(double* column, int length, int place) {
   column[place] = 1.0;
 }
 
-/// Part one: X becomes bidiagonal by reflections from both sides, which U and V collect.
+// Part one: X becomes bidiagonal by reflections from both sides, which U and V collect.
 struct Reduction {
   Columns<double> X;
   int n, p;
@@ -53,7 +57,7 @@ void Reduction::reduce() {
     if (l >= nrt) continue;
     makeRowReflection(l);
     if (l + 1 < n && e[l] != 0.0) applyRowReflection(l);
-    if (wantv) blas1::dcopy(p - l - 1, e + l + 1, V.at(l + 1, l));
+    if (wantv) std::copy(e + l + 1, e + p, V.at(l + 1, l));
   }
 }
 
@@ -124,8 +128,8 @@ void Reduction::generateV() {
   }
 }
 
-/// Rotations of neighbouring columns of a matrix, one after the other to the right, saved up and
-/// then made in few passes: every element meets them in their order.
+// Rotations of neighbouring columns of a matrix, one after the other to the right, saved up and
+// then made in few passes: every element meets them in their order.
 class Sweep {
  public:
   Sweep(const Columns<double>& matrix, int rows, int first, bool wanted)
@@ -158,7 +162,7 @@ class Sweep {
   double c_[kMost], s_[kMost];
 };
 
-/// Part two: implicit QR on the bidiagonal matrix, diagonal s, superdiagonal e.
+// Part two: implicit QR on the bidiagonal matrix, diagonal s, superdiagonal e.
 struct Iteration {
   int n, p;
   double *s, *e;
@@ -278,7 +282,7 @@ double Iteration::shift(double scale) const {
   const double b = ((smm1 + sm) * (smm1 - sm) + emm1 * emm1) / 2.0;
   const double c = (sm * emm1) * (sm * emm1);
   if (b == 0.0 && c == 0.0) return 0.0;
-  double root = std::sqrt(b * b + c);
+  double root = squareRoot(b * b + c);
   if (b < 0.0) root = -root;
   return c / (b + root);
 }

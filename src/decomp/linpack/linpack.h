@@ -38,8 +38,8 @@ void dgedi(double* a, int lda, int n, const int* ipvt, double* det, double* work
 
 enum class Pivoting : int { kOff = 0, kOn = 1 };
 
-/// Places of scratch that dchdc takes for each column.
-inline constexpr int kChdcWork = 9;
+/// Places of scratch that dchdc takes for each column: 32 rows, the one that is made, the diagonal.
+inline constexpr int kChdcWork = 34;
 
 /// Factors P'AP = R'R for the p x p symmetric a, of which only the upper triangle is read and
 /// written. Stops at the first diagonal element that is not positive.
@@ -81,11 +81,11 @@ void dqrdc(double* x, int ldx, int n, int p, double* qraux, int* jpvt, double* w
 enum class QrslJob : int { kQy = 10000, kQty = 1000, kSolve = 100, kResidual = 10, kFit = 1 };
 
 /// Applies the factors of dqrdc to y (n places), using the first k columns, 1 <= k <= min(n, p).
-/// Only the result that `job` asks for is written: qy, qty, b (k places), rsd or xb; the last three
-/// need qty (n places) too, which may be the same array as rsd or xb.
-/// @return 0, or the largest j with R(j, j) = 0; b then holds what was found above it.
-int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, const double* y, double* qy,
-          double* qty, double* b, double* rsd, double* xb, QrslJob job);
+/// What `job` asks for takes the place of y: Qy, Q'y, the residual or the fit; or the coefficients
+/// in the first k places. The published routine has an array for each.
+/// @return 0, or the largest j with R(j, j) = 0; y then holds what was found below it and, before
+/// that, what is left of Q'y.
+int dqrsl(const double* x, int ldx, int n, int k, const double* qraux, double* y, QrslJob job);
 
 /// Solves T x = b for an upper triangular t (job 01); x replaces b.
 /// @return 0, or the first i with T(i, i) = 0; b is then left as it was.

@@ -12,13 +12,15 @@ constexpr unsigned kMostBuckets = 1U << 31;
 
 unsigned powerOfTwo(unsigned n) { return std::bit_ceil(std::clamp(n, 1U, kMostBuckets)); }
 
+constexpr std::size_t kBucketBytes = sizeof(void*);  // a bucket is the address of its first entry
+
 std::size_t arrayBytes(std::size_t buckets) {
   constexpr std::size_t kAll = static_cast<std::size_t>(-1);
-  return buckets > kAll / sizeof(ThashTableEntry*) ? kAll : buckets * sizeof(ThashTableEntry*);
+  return buckets > kAll / kBucketBytes ? kAll : buckets * kBucketBytes;
 }
 
 ThashTableEntry** emptyBuckets(unsigned count) {
-  return static_cast<ThashTableEntry**>(std::calloc(count, sizeof(ThashTableEntry*)));
+  return static_cast<ThashTableEntry**>(std::calloc(count, kBucketBytes));
 }
 
 }  // namespace
@@ -37,7 +39,10 @@ ThashTable::ThashTable(unsigned initial, unsigned maximum)
 ThashTable::ThashTable(const ThashTable& other) : ThashTable(other.initial_, other.maximum_) {}
 
 ThashTable& ThashTable::operator=(const ThashTable& other) {
-  if (this != &other) copyEntries(other);
+  if (this == &other) return *this;
+  initial_ = other.initial_;
+  maximum_ = other.maximum_;
+  reinitializeTable();
   return *this;
 }
 
@@ -51,46 +56,12 @@ void ThashTable::reinitializeTable() {
   }
 }
 
-void ThashTable::copyEntries(const ThashTable& other) {
-  ThashTableEntry* copies = nullptr;  // in reverse, so that insertion in front restores the order
-  for (unsigned b = 0, left = other.entryCount_; left > 0; ++b) {
-    for (const ThashTableEntry* e = other.buckets_[b]; e; e = e->next, --left) {
-      ThashTableEntry* copy = cloneEntry(e);
-      if (!copy) {
-        for (; copies; freeEntry(copy)) copy = copies, copies = copies->next;
-        return;
-      }
-      copy->next = copies;
-      copies = copy;
-    }
-  }
-  freeEntries();
-  initial_ = other.initial_;
-  maximum_ = other.maximum_;
-  if (other.bucketCount_ < bucketCount_) foldBuckets(other.bucketCount_);
-  while (bucketCount_ < other.bucketCount_ && doubleBuckets()) {
-  }
-  while (ThashTableEntry* const copy = copies) {
-    copies = copies->next;
-    insertWithHash(copy, copy->hash);
-  }
-}
-
-void ThashTable::freeEntries() {
-  for (unsigned b = 0; entryCount_ > 0; ++b) {
-    while (ThashTableEntry* const entry = buckets_[b]) {
-      buckets_[b] = entry->next;
-      freeEntry(entry);
-      --entryCount_;
-    }
-  }
-}
-
 // Splits each chain over its bucket and the one `bucketCount_` further on; order is kept.
 bool ThashTable::doubleBuckets() {
   const unsigned old = bucketCount_;
   if (old >= kMostBuckets || 2 * old > maximum_) return false;
-  void* const memory = std::realloc(buckets_ == &single_ ? nullptr : buckets_, arrayBytes(2 * old));
+  void* const memory =
+      std::realloc(buckets_ == &single_ ? nullptr : buckets_, arrayBytes(std::size_t{2} * old));
   if (!memory) return false;
   auto** const grown = static_cast<ThashTableEntry**>(memory);
   if (buckets_ == &single_) grown[0] = single_;

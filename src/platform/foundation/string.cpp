@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Foundation stand-in: shared text over std::string.
+// Foundation stand-in: shared text over std::string. The empty text needs no memory.
 #include "knotwork/platform/foundation/string.h"
 
 #include <charconv>
 #include <string>
+#include <utility>
 
 #include "knotwork/platform/foundation/mt_ref_counter.h"
 
@@ -21,9 +22,8 @@ Tstring::Tstring(const Tstring& other) : shared_(other.shared_) {
 }
 
 Tstring& Tstring::operator=(const Tstring& other) {
-  if (other.shared_) other.shared_->owners.increment();
-  release();
-  shared_ = other.shared_;
+  Tstring copy(other);
+  std::swap(shared_, copy.shared_);
   return *this;
 }
 

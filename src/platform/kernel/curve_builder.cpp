@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Kernel stand-in: curve records.
+//
+// Nodes of equal neighbouring knots share one cell with the value, so that moving one of them moves
+// all. What is released knows a cell by its last node.
 #include "knotwork/platform/kernel/builders.h"
 #include "nodes.h"
 
@@ -20,6 +23,7 @@ bool buildKnots(ag_knode** link, long long count, const double* knots) {
 
 ag_spline* ag_bld_bs(int dim, const double* points, const double* knots, int type, int degree,
                      int spans, int rational, int form) {
+  // Wide enough for the sums of any ints: records come from hosts.
   const long long size = static_cast<long long>(dim) + (rational < 0 ? -1LL : 1LL) * rational;
   const long long count = static_cast<long long>(spans) + degree;
   constexpr long long kMost = 0x7FFFFFFF;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Kernel stand-in: lists and grids of nodes.
+// Kernel stand-in: lists and grids of nodes. Memory comes from calloc, and each link is set as soon
+// as its node is made: what was begun when memory ran out can be released by the same walk.
 #include "nodes.h"
 
 #include "knotwork/platform/kernel/accessors.h"

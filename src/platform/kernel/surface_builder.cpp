@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Kernel stand-in: surface records.
+// Kernel stand-in: surface records: a grid of points, and two chains of knots that begin in one
+// node. As in curves, equal neighbouring knots share a cell.
 #include "knotwork/platform/kernel/builders.h"
 #include "nodes.h"
 

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+// The commands curve and surface. Outputs are announced before anything is read or computed: a name
+// that cannot be written must not cost a long fit.
+#include <memory>
+#include <ostream>
+
+#include <CLI/CLI.hpp>
+
+#include "base/fault.h"
+#include "base/text.h"
+#include "cli/app.h"
+#include "cli/fit_arguments.h"
+
+namespace knotfit {
+namespace {
+
+// Writes all files and the report, or nothing: a report that cannot be printed takes the files
+// back.
+void finish(const FitArguments& a, const Spline& spline, const PictureData& data, Report& report,
+            FitOutputs& outputs, const Streams& streams) {
+  outputs.addFit({spline, report.json}, data);
+  std::string wrote = outputs.list(spline);
+  if (!a.report.empty()) {
+    outputs.add(a.report, report.json);
+    wrote += cat(wrote.empty() ? "" : ", ", shownName(a.report), " (report)");
+  }
+  if (!wrote.empty()) report.line("wrote", wrote);
+  const bool aside = a.outputs.takesStandardOutput() || a.report == "-";
+  outputs.commit([&] {
+    if (!a.quiet) print(report, aside, streams);
+  });
+}
+
+int fitCurveCommand(const FitArguments& a, const Streams& streams) {
+  FitOutputs outputs(a.outputs, a.inputs());
+  if (!a.report.empty()) outputs.announce(a.report);
+  PointSet points = readPoints(a.input, a.pointOptions());
+  FitOptions options = a.curveOptions(points);
+  Progress progress(a.talk());
+  options.solver.reporter = &progress;
+  const CurveFit fit = fitCurve(points, options);
+  progress.wipe();
+  ReportContext context = a.context();
+  context.merged = points.merged;
+  context.weighted = !points.weights.empty();
+  Report report =
+      curveReport(fit, options, context, nearestDistances(fit.spline, points, fit.parameters));
+  const PictureData data{&points, nullptr, &fit.parameters, &fit.distances};
+  finish(a, fit.spline, data, report, outputs, streams);
+  return fit.reached ? kDone : kToleranceMissed;
+}
+
+int fitSurfaceCommand(const FitArguments& a, const Streams& streams) {
+  FitOutputs outputs(a.outputs, a.inputs());
+  if (!a.report.empty()) outputs.announce(a.report);
+  const PointGrid grid = readGrid(a.input, a.gridOptions());
+  FitOptions options = a.surfaceOptions();
+  Progress progress(a.talk());
+  options.solver.reporter = &progress;
+  const SurfaceFit fit = fitSurface(grid, options);
+  progress.wipe();
+  Report report = surfaceReport(fit, grid, options, a.context(), nearestDistances(fit, grid));
+  finish(a, fit.spline, {nullptr, &grid, nullptr, &fit.distances}, report, outputs, streams);
+  return fit.reached ? kDone : kToleranceMissed;
+}
+
+}  // namespace
+
+void addCurveCommand(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("curve", "fit a curve");
+  const auto a = std::make_shared<FitArguments>();
+  a->addCurve(*command);
+  command->callback([a, &chosen] {
+    chosen = [a](const Streams& streams) { return fitCurveCommand(*a, streams); };
+  });
+}
+
+void addSurfaceCommand(CLI::App& app, Command& chosen) {
+  CLI::App* command = app.add_subcommand("surface", "fit a surface to a rows x columns grid");
+  const auto a = std::make_shared<FitArguments>();
+  a->addSurface(*command);
+  command->callback([a, &chosen] {
+    chosen = [a](const Streams& streams) { return fitSurfaceCommand(*a, streams); };
+  });
+}
+
+}  // namespace knotfit

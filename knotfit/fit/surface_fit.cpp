@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+// Fits of surfaces to grids: the tensor product, one direction after the other.
+//
+// As for curves, the grid is brought to a size near 1 by a power of two and the fit scaled back.
+#include "fit/surface_fit.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "base/fault.h"
+#include "fit/grid_solver.h"
+#include "fit/nearest.h"
+#include "model/scale.h"
+#include "model/vec3.h"
+
+namespace knotfit {
+namespace {
+
+std::vector<double> spread(const PointGrid& grid, bool alongU, Spacing spacing) {
+  const std::size_t n = alongU ? grid.rows : grid.columns;
+  if (spacing != Spacing::kUniform) return gridParameters(grid, alongU, spacing);
+  std::vector<double> u;
+  for (std::size_t i = 0; i < n; ++i) {
+    u.push_back(static_cast<double>(i) / static_cast<double>(n - 1));
+  }
+  return u;
+}
+
+std::vector<double> distancesAt(const SurfaceFit& fit, const PointGrid& grid) {
+  const SurfaceShape shape(fit.spline);
+  std::vector<double> out;
+  for (std::size_t i = 0; i < grid.rows; ++i) {
+    for (std::size_t j = 0; j < grid.columns; ++j) {
+      const Vec3 at = shape.point(fit.parameters[0][i], fit.parameters[1][j]);
+      out.push_back(norm(minus(at, vec3(grid.at(i, j), 3))));
+    }
+  }
+  return out;
+}
+
+// The clamped knots make the corner control points the corners of the surface.
+double cornerMiss(const SurfaceFit& fit, const PointGrid& grid) {
+  const Spline& s = fit.spline;
+  double most = 0;
+  for (const bool lastRow : {false, true}) {
+    for (const bool lastColumn : {false, true}) {
+      const double* datum = grid.at(lastRow ? grid.rows - 1 : 0, lastColumn ? grid.columns - 1 : 0);
+      const double* met = s.control(lastRow ? s.size[0] - 1 : 0, lastColumn ? s.size[1] - 1 : 0);
+      most = std::max(most, distance(datum, met, 3));
+    }
+  }
+  return most;
+}
+
+// Smoothed fits may have more control points than data, which averages cannot place.
+std::vector<double> knotsAlong(const FitOptions& o, const std::vector<double>& u, int degree,
+                               std::size_t n) {
+  if (o.knots == KnotChoice::kUniform || n > u.size()) return uniformKnots(degree, n);
+  return averagedKnots(u, degree, n);
+}
+
+// The grid's corners as control points, zeros elsewhere.
+TtupleMatrix cornersOf(const PointGrid& grid, const std::array<std::size_t, 2>& size) {
+  TtupleMatrix corners(3, static_cast<int>(size[0]), static_cast<int>(size[1]), 0.0);
+  for (const std::size_t i : {std::size_t{0}, size[0] - 1}) {
+    for (const std::size_t j : {std::size_t{0}, size[1] - 1}) {
+      DoubleVec p = corners.point(static_cast<int>(i), static_cast<int>(j));
+      const double* datum = grid.at(i ? grid.rows - 1 : 0, j ? grid.columns - 1 : 0);
+      for (int c = 0; c < 3; ++c) p(c) = datum[c];
+    }
+  }
+  return corners;
+}
+
+SurfaceFit fitWith(const PointGrid& grid, const FitOptions& options,
+                   const std::array<std::size_t, 2>& controls) {
+  SurfaceFit fit;
+  Spline& s = fit.spline;
+  s.directions = 2;
+  s.degree = options.degree;
+  s.size = controls;
+  s.units = options.units;
+  std::array<Direction, 2> d;
+  for (std::size_t k = 0; k < 2; ++k) {
+    fit.parameters[k] = spread(grid, k == 0, options.spacing);
+    s.knots[k] = knotsAlong(options, fit.parameters[k], options.degree[k], controls[k]);
+    d[k] = directionOf(fit.parameters[k], s.knots[k], options.degree[k], options);
+  }
+  const TtupleMatrix b = gridTuples(d[0], d[1], grid.coords, grid.columns);
+  GridSolver solver(d[0], d[1], options.solver);
+  const TtupleMatrix x = options.edges == Edges::kCorners
+                             ? solver.solveWithCorners(b, cornersOf(grid, controls))
+                             : solver.solve(b);
+  s.controls.resize(3 * s.count());
+  for (std::size_t i = 0; i < s.size[0]; ++i) {
+    for (std::size_t j = 0; j < s.size[1]; ++j) {
+      TagRw::dvToV(x.point(static_cast<int>(i), static_cast<int>(j)),
+                   s.controls.data() + 3 * (i * s.size[1] + j), 3);
+    }
+  }
+  if (options.edges != Edges::kFree) fit.miss = cornerMiss(fit, grid);
+  fit.distances = distancesAt(fit, grid);
+  fit.matrices = {std::move(d[0].matrix), std::move(d[1].matrix)};
+  return fit;
+}
+
+// A distance at the parameters is never below the nearest one, which is dear: it is asked for only
+// where the former misses the tolerance.
+bool within(const SurfaceFit& fit, const PointGrid& grid, double tolerance) {
+  const std::vector<double>& at = fit.distances;
+  if (*std::max_element(at.begin(), at.end()) <= tolerance) return true;
+  const SurfaceProjector projector(fit.spline);
+  for (std::size_t i = 0; i < at.size(); ++i) {
+    if (at[i] <= tolerance) continue;
+    const double u = fit.parameters[0][i / grid.columns], v = fit.parameters[1][i % grid.columns];
+    if (projector.nearest(&grid.coords[3 * i], {{u, v}}).distance > tolerance) return false;
+  }
+  return true;
+}
+
+// Doubles the finer direction's control points until the tolerance holds, then halves the range.
+SurfaceFit fitWithin(const PointGrid& grid, const FitOptions& options) {
+  const std::array<std::size_t, 2> least = {static_cast<std::size_t>(options.degree[0]) + 1,
+                                            static_cast<std::size_t>(options.degree[1]) + 1};
+  const std::array<std::size_t, 2> room = {grid.rows - least[0], grid.columns - least[1]};
+  const std::size_t most = std::max(room[0], room[1]);
+  const auto sized = [&](std::size_t step) {
+    std::array<std::size_t, 2> n = least;
+    for (std::size_t k = 0; k < 2; ++k) n[k] += most ? room[k] * step / most : 0;
+    return fitWith(grid, options, n);
+  };
+  std::size_t low = 0, step = 0;  // below `low` the tolerance is missed
+  SurfaceFit fit = sized(step);
+  while (!within(fit, grid, options.tolerance)) {
+    if (step == most) {
+      fit.reached = false;
+      return fit;
+    }
+    low = step + 1;
+    step = std::min(most, std::max<std::size_t>(1, 2 * step));
+    fit = sized(step);
+  }
+  while (low < step) {
+    const std::size_t middle = low + (step - low) / 2;
+    SurfaceFit smaller = sized(middle);
+    if (within(smaller, grid, options.tolerance)) {
+      fit = std::move(smaller);
+      step = middle;
+    } else {
+      low = middle + 1;
+    }
+  }
+  return fit;
+}
+
+}  // namespace
+
+SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
+  if (options.solver.method == Method::kQr && options.edges == Edges::kExact) {
+    throw Fault(kUsage,
+                "--solver qr cannot meet --edges exact; use --solver householder, or leave it out");
+  }
+  const bool smoothed = options.smooth > 0;
+  const std::array<std::size_t, 2> n = {controlCount(options.controls[0], options.degree[0],
+                                                     grid.rows, smoothed, "grid's u direction"),
+                                        controlCount(options.controls[1], options.degree[1],
+                                                     grid.columns, smoothed, "grid's v direction")};
+  const int exponent = evenExponent(grid.coords);
+  PointGrid scaled = grid;
+  scaleBy(scaled.coords, -exponent);
+  FitOptions scaledOptions = options;
+  scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
+  SurfaceFit fit =
+      options.tolerance > 0 ? fitWithin(scaled, scaledOptions) : fitWith(scaled, scaledOptions, n);
+  fit.met = fit.miss <= kMissRounding;
+  for (std::size_t k = 0; k < 2; ++k) fit.spectra[k] = spectrumOf(fit.matrices[k]);
+  scaleBy(fit.spline.controls, exponent);
+  scaleBy(fit.distances, exponent);
+  fit.miss = std::ldexp(fit.miss, exponent);
+  checkRange(fit.spline, fit.distances);
+  return fit;
+}
+
+std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid) {
+  const SurfaceProjector projector(fit.spline);
+  std::vector<double> out;
+  for (std::size_t i = 0; i < grid.rows; ++i) {
+    for (std::size_t j = 0; j < grid.columns; ++j) {
+      out.push_back(projector.nearest(grid.at(i, j), {{fit.parameters[0][i], fit.parameters[1][j]}})
+                        .distance);
+    }
+  }
+  return out;
+}
+
+}  // namespace knotfit

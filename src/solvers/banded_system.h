@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// What a banded least-squares solver keeps of its rows, and how it solves.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "knotwork/solvers/solver_reporter.h"
+#include "solvers/band_constraints.h"
+#include "solvers/span_triangles.h"
+
+namespace knotwork::detail {
+
+/// The rows of a system as triangles, its constraints and prescribed values. Every operation may
+/// throw std::bad_alloc.
+class BandedSystem {
+ public:
+  /// @param spans  number of first columns; all of them in a periodic system.
+  BandedSystem(int unknowns, int order, int dimension, int spans);
+
+  std::size_t rowCount() const { return rowCount_; }
+  int constraintCount() const { return static_cast<int>(constraints_.size()); }
+  int spans() const { return spans_.spans(); }
+
+  void prescribe(int unknown, const double* value);
+  /// Adds `count` rows of valid spans on at most `threads` threads.
+  void addRows(std::size_t count, const int* first, const double* values, const double* rhs,
+               int threads);
+  void addConstraint(const ConstraintRow& row);
+
+  struct Solution {
+    std::vector<double> x;        // unknown after unknown, dimension components each
+    std::vector<double> squares;  // of the residuals, by component
+    std::vector<int> undetermined, conflicting;
+  };
+  /// Solves, unless `undetermined` or `conflicting` of the result tell why not.
+  Solution solve(double tolerance, TsolverReporter& reporter) const;
+
+ private:
+  /// A system of order 1 has no seam.
+  bool isPeriodic() const { return spans() == unknowns_; }
+  std::vector<double> columnLengths() const;
+  int columnOf(int span, int j) const;
+  int spanOf(const ConstraintRow& row) const;
+  void addSpans(int firstSpan, int lastSpan, std::size_t count, const int* first,
+                const double* values, const double* rhs);
+  std::vector<int> balancedSpans(std::size_t count, const int* first, int parts) const;
+  std::unique_ptr<BandTriangle> reduce(const ColumnRoles& roles, const std::vector<double>& lengths,
+                                       double tolerance, TsolverReporter& reporter) const;
+  void addRow(int span, const double* row, const ColumnRoles& roles, std::vector<double>& spread,
+              BandTriangle& triangle) const;
+  void addAsRow(const ConstraintRow& constraint, int span, const std::vector<double>& lengths,
+                const ColumnRoles& roles, std::vector<double>& spread,
+                BandTriangle& triangle) const;
+  bool hasWideConstraint() const;
+  void solveComponents(const BandTriangle& triangle, const BandConstraints& constraints,
+                       Solution& solution) const;
+  void correct(const BandConstraints& constraints, int component, std::vector<double>& x) const;
+
+  int unknowns_, order_, dimension_;
+  ColumnRoles roles_;  // all in the band but for prescribed columns
+  std::vector<double> prescribed_;
+  SpanTriangles spans_;
+  std::vector<ConstraintRow> constraints_;
+  std::size_t rowCount_ = 0;
+};
+
+}  // namespace knotwork::detail

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+// Properties of surface fits.
+#include "fit/surface_fit.h"
+
+#include <cmath>
+#include <random>
+
+#include "fit/nearest.h"
+#include "io/fit_json.h"
+#include "model/deviation.h"
+#include "model/scale.h"
+#include "model/shape.h"
+#include "run.h"
+
+namespace knotfit::test {
+namespace {
+
+PointGrid plane(std::size_t rows, std::size_t columns) {
+  PointGrid grid;
+  grid.rows = rows;
+  grid.columns = columns;
+  for (std::size_t i = 0; i < rows; ++i) {
+    for (std::size_t j = 0; j < columns; ++j) {
+      const double x = static_cast<double>(i), y = 0.5 * static_cast<double>(j);
+      grid.coords.insert(grid.coords.end(), {x, y, 3 + 2 * x - y + 0.1 * x * y});
+    }
+  }
+  return grid;
+}
+
+TEST(Surfaces, ReproduceWhatTheirSpaceHolds) {
+  const PointGrid grid = plane(14, 11);
+  for (const Edges edges : {Edges::kFree, Edges::kExact, Edges::kCorners}) {
+    for (const Method method : {Method::kHouseholder, Method::kQr}) {
+      FitOptions o;
+      o.degree = {2, 3};
+      o.controls = {6, 5};
+      o.spacing = Spacing::kUniform;
+      o.edges = edges;
+      o.solver.method = method;
+      if (edges == Edges::kExact && method == Method::kQr) continue;
+      const SurfaceFit fit = fitSurface(grid, o);
+      EXPECT_LT(summaryOf(fit.distances).max, 1e-12);
+      EXPECT_LT(summaryOf(nearestDistances(fit, grid)).max, 1e-12);
+    }
+  }
+}
+
+TEST(Surfaces, SizeOfTheCoordinatesChangesNoDigit) {
+  PointGrid grid = plane(12, 9);
+  for (std::size_t i = 2; i < grid.coords.size(); i += 3) {
+    grid.coords[i] += std::sin(static_cast<double>(i));
+  }
+  FitOptions o;
+  o.controls = {6, 5};
+  const SurfaceFit fit = fitSurface(grid, o);
+  for (const int e : {1000, -960}) {
+    PointGrid sized = grid;
+    scaleBy(sized.coords, e);
+    SurfaceFit other = fitSurface(sized, o);
+    std::vector<double> near = nearestDistances(other, sized);
+    for (std::vector<double>* v : {&other.spline.controls, &other.distances, &near}) {
+      scaleBy(*v, -e);
+    }
+    EXPECT_EQ(other.spline.controls, fit.spline.controls);
+    EXPECT_EQ(other.distances, fit.distances);
+    EXPECT_EQ(near, nearestDistances(fit, grid));
+  }
+}
+
+TEST(Surfaces, HeightsAreUniformAndKeepTheirPlaces) {
+  const Folder folder;
+  ASSERT_EQ(knotfit({"demo", "."}).code, 0);
+  const Outcome o = knotfit({"surface", "hill.csv", "--height", "--spacing", "0.1,0.3",
+                             "--controls", "9,8", "--order", "columns", "-o", "hill.json"});
+  EXPECT_NE(o.out.find(", uniform parameters,"), std::string::npos) << o.out;
+  const SurfaceShape shape(readFit("hill.json").spline);
+  for (int i = 0; i < 20; ++i) {  // columns run along u
+    for (int j = 0; j < 25; ++j) {
+      const auto at = shape.point(i / 19.0, j / 24.0);
+      EXPECT_NEAR(at[0], 0.1 * j, 2e-15);
+      EXPECT_NEAR(at[1], 0.3 * i, 5e-15);
+    }
+  }
+}
+
+TEST(Surfaces, NearestPlacesAgreeWithDenseSampling) {
+  const PointGrid grid = plane(10, 10);
+  FitOptions o;
+  o.controls = {6, 6};
+  Spline s = fitSurface(grid, o).spline;
+  for (std::size_t i = 2; i < s.controls.size(); i += 3) {
+    s.controls[i] += std::sin(static_cast<double>(i));
+  }
+  const SurfaceProjector projector(s);
+  const SurfaceShape shape(s);
+  std::mt19937 random(2);
+  std::uniform_real_distribution<double> place(-1, 10);
+  for (int trial = 0; trial < 20; ++trial) {
+    const double p[] = {place(random), place(random) / 2, 2 * place(random)};
+    double sampled = 1e9;
+    for (int i = 0; i <= 150; ++i) {
+      for (int j = 0; j <= 150; ++j) {
+        const auto at = shape.point(i / 150.0, j / 150.0);
+        sampled = std::min(sampled, std::hypot(at[0] - p[0], at[1] - p[1], at[2] - p[2]));
+      }
+    }
+    const double found = projector.nearest(p).distance;
+    EXPECT_LE(found, sampled + 1e-9);
+    EXPECT_GT(found, sampled - 0.1);
+  }
+}
+
+TEST(Surfaces, EdgesAreMetAsAsked) {
+  const Folder folder;
+  ASSERT_EQ(knotfit({"demo", "."}).code, 0);
+  for (const char* edges : {"exact", "corners"}) {
+    const Json r =
+        report({"surface", "hill.csv", "--height", "--controls", "9,8", "--edges", edges});
+    EXPECT_LT(r["edges"]["miss"].get<double>(), 1e-12);
+  }
+  const Json free = report({"surface", "hill.csv", "--height", "--controls", "9,8"});
+  const Json corners =
+      report({"surface", "hill.csv", "--height", "--controls", "9,8", "--edges", "corners"});
+  EXPECT_LE(free["error"]["rms"].get<double>(), corners["error"]["rms"].get<double>());
+  const Json tolerance = report({"surface", "hill.csv", "--height", "--tol", "0.2"});
+  EXPECT_LE(tolerance["nearest"]["max"].get<double>(), 0.2);
+  EXPECT_LT(tolerance["controls"][0].get<int>(), 25);
+}
+
+}  // namespace
+}  // namespace knotfit::test
