@@ -122,7 +122,7 @@ class ByteIterator {
 };
 
 // A file in parts: its tree without knots and control points, and those.
-struct FitParts {
+struct FitParts {  // NOLINT(bugprone-exception-escape): moving a tree throws nothing, as it says
   Json tree;
   std::vector<std::vector<double>> knots;
   std::vector<double> controls;
