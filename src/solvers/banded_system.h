@@ -7,7 +7,8 @@
 #include <vector>
 
 #include "knotwork/solvers/solver_reporter.h"
-#include "solvers/band_constraints.h"
+#include "solvers/band_triangle.h"
+#include "solvers/exact_rows.h"
 #include "solvers/span_triangles.h"
 
 namespace knotwork::detail {
@@ -20,22 +21,17 @@ class BandedSystem {
   BandedSystem(int unknowns, int order, int dimension, int spans);
 
   std::size_t rowCount() const { return rowCount_; }
-  int constraintCount() const { return static_cast<int>(constraints_.size()); }
+  int constraintCount() const { return static_cast<int>(exact_.constraints().size()); }
   int spans() const { return spans_.spans(); }
 
-  void prescribe(int unknown, const double* value);
+  void prescribe(int unknown, const double* value) { exact_.prescribe(unknown, value); }
   /// Adds `count` rows of valid spans on at most `threads` threads.
   void addRows(std::size_t count, const int* first, const double* values, const double* rhs,
                int threads);
-  void addConstraint(const ConstraintRow& row);
+  void addConstraint(const ConstraintRow& row) { exact_.addConstraint(row); }
 
-  struct Solution {
-    std::vector<double> x;        // unknown after unknown, dimension components each
-    std::vector<double> squares;  // of the residuals, by component
-    std::vector<int> undetermined, conflicting;
-  };
   /// Solves, unless `undetermined` or `conflicting` of the result tell why not.
-  Solution solve(double tolerance, TsolverReporter& reporter) const;
+  LsqSolution solve(double tolerance, TsolverReporter& reporter) const;
 
  private:
   /// A system of order 1 has no seam.
@@ -45,7 +41,6 @@ class BandedSystem {
   int spanOf(const ConstraintRow& row) const;
   void addSpans(int firstSpan, int lastSpan, std::size_t count, const int* first,
                 const double* values, const double* rhs);
-  std::vector<int> balancedSpans(std::size_t count, const int* first, int parts) const;
   std::unique_ptr<BandTriangle> reduce(const ColumnRoles& roles, const std::vector<double>& lengths,
                                        double tolerance, TsolverReporter& reporter) const;
   void addRow(int span, const double* row, const ColumnRoles& roles, std::vector<double>& spread,
@@ -54,15 +49,11 @@ class BandedSystem {
                 const ColumnRoles& roles, std::vector<double>& spread,
                 BandTriangle& triangle) const;
   bool hasWideConstraint() const;
-  void solveComponents(const BandTriangle& triangle, const BandConstraints& constraints,
-                       Solution& solution) const;
-  void correct(const BandConstraints& constraints, int component, std::vector<double>& x) const;
+  std::vector<double> residuals(const BandTriangle& triangle) const;
 
   int unknowns_, order_, dimension_;
-  ColumnRoles roles_;  // all in the band but for prescribed columns
-  std::vector<double> prescribed_;
+  ExactRows exact_;
   SpanTriangles spans_;
-  std::vector<ConstraintRow> constraints_;
   std::size_t rowCount_ = 0;
 };
 

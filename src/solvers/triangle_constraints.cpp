@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Exact rows and full columns beside a banded triangle; see the header for the formulas.
-#include "solvers/band_constraints.h"
+// See the header for the formulas.
+#include "solvers/triangle_constraints.h"
 
 #include <algorithm>
 #include <cmath>
@@ -62,8 +62,8 @@ double scaleOf(double length) {
 
 }  // namespace
 
-BandConstraints::BandConstraints(const BandTriangle& triangle, const ColumnRoles& roles,
-                                 const std::vector<ConstraintRow>& rows, double tolerance)
+TriangleConstraints::TriangleConstraints(const Triangle& triangle, const ColumnRoles& roles,
+                                         const std::vector<ConstraintRow>& rows, double tolerance)
     : triangle_(triangle),
       roles_(roles),
       rows_(rows),
@@ -76,7 +76,7 @@ BandConstraints::BandConstraints(const BandTriangle& triangle, const ColumnRoles
 }
 
 // Z = R11^-T C1' and E = C2 - Z'R12.
-void BandConstraints::projectOnBand() {
+void TriangleConstraints::projectOnBand() {
   z_.reference(zeroMatrix(triangle_.columns(), count_));
   e_.reference(zeroMatrix(count_, border_));
   for (int k = 0; k < count_; ++k) {
@@ -108,7 +108,7 @@ void BandConstraints::projectOnBand() {
 }
 
 // Q R = [-T' E]' with pivoting: the equations in the order of what each adds to those before it.
-void BandConstraints::factorConstraints() {
+void TriangleConstraints::factorConstraints() {
   factorInto(q_, z_, false);
   DoubleGenMat g = zeroMatrix(count_ + border_, count_);
   for (int k = 0; k < count_; ++k) {
@@ -130,7 +130,7 @@ void BandConstraints::factorConstraints() {
 }
 
 // The directions that the constraints leave free, and diag(I, R22) along them.
-void BandConstraints::factorRest() {
+void TriangleConstraints::factorRest() {
   const int size = count_ + border_, free = size - rank_;
   nullSpace_.reference(zeroMatrix(size, free));
   DoubleGenMat rest = zeroMatrix(size, free);
@@ -151,7 +151,7 @@ void BandConstraints::factorRest() {
 
 // The direction that column `free` of the pivoted rest adds nothing to: its largest border unknown
 // stands for it.
-void BandConstraints::nameUndetermined(int free) {
+void TriangleConstraints::nameUndetermined(int free) {
   const DoubleGenMat& r = rest_.factors();
   const int rank = numericalRank(rest_, tolerance_);
   DoubleVec direction = zeroVector(static_cast<int>(nullSpace_.cols()));
@@ -180,7 +180,8 @@ void BandConstraints::nameUndetermined(int free) {
 }
 
 // (0, c2) - diag(I, R22) y, the border's part of y in scaled unknowns.
-DoubleVec BandConstraints::residualOfRest(const DoubleVec& y, const std::vector<double>& c2) const {
+DoubleVec TriangleConstraints::residualOfRest(const DoubleVec& y,
+                                              const std::vector<double>& c2) const {
   DoubleVec result = zeroVector(count_ + border_);
   for (int i = 0; i < count_; ++i) result(i) = -y(i);
   for (int i = 0; i < border_; ++i) {
@@ -195,8 +196,8 @@ DoubleVec BandConstraints::residualOfRest(const DoubleVec& y, const std::vector<
 }
 
 // The shortest y with -T's + E x2 = g.
-DoubleVec BandConstraints::meetConstraints(const DoubleVec& g,
-                                           std::vector<int>* conflicting) const {
+DoubleVec TriangleConstraints::meetConstraints(const DoubleVec& g,
+                                               std::vector<int>* conflicting) const {
   const DoubleGenMat& r = equations_.factors();
   const IntVec pivots = equations_.pivots();
   DoubleVec y = zeroVector(count_ + border_);
@@ -217,22 +218,22 @@ DoubleVec BandConstraints::meetConstraints(const DoubleVec& g,
   return times(equations_, y);
 }
 
-BandConstraints::Solution BandConstraints::solve(int component,
-                                                 const std::vector<double>& d) const {
+TriangleConstraints::Solution TriangleConstraints::solve(int component,
+                                                         const std::vector<double>& d) const {
   std::vector<double> c1, c2;
   for (int j = 0; j < triangle_.columns(); ++j) c1.push_back(triangle_.rhs(j)[component]);
   for (int b = 0; b < border_; ++b) c2.push_back(triangle_.borderRhs(b)[component]);
   return solve(c1, c2, d);
 }
 
-BandConstraints::Solution BandConstraints::correct(const std::vector<double>& d) const {
+TriangleConstraints::Solution TriangleConstraints::correct(const std::vector<double>& d) const {
   return solve(std::vector<double>(static_cast<std::size_t>(triangle_.columns())),
                std::vector<double>(static_cast<std::size_t>(border_)), d);
 }
 
-BandConstraints::Solution BandConstraints::solve(const std::vector<double>& c1,
-                                                 const std::vector<double>& c2,
-                                                 const std::vector<double>& d) const {
+TriangleConstraints::Solution TriangleConstraints::solve(const std::vector<double>& c1,
+                                                         const std::vector<double>& c2,
+                                                         const std::vector<double>& d) const {
   Solution solution;
   const int columns = triangle_.columns();
   DoubleVec g = zeroVector(count_);

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Exact rows and full columns beside a banded triangle.
+// Exact rows and full columns beside the triangle of a sparse system.
 #pragma once
 
 #include <vector>
 
 #include "knotwork/decomp/double_qr_decomp.h"
-#include "solvers/band_triangle.h"
+#include "solvers/column_roles.h"
+#include "solvers/triangle.h"
 
 namespace knotwork::detail {
 
@@ -15,20 +16,20 @@ struct ConstraintRow {
   std::vector<double> values, rhs;
 };
 
-/// min |R x - c| over the band and the border, subject to C x = d.
+/// min |R x - c| subject to C x = d, where R is a triangle with a border.
 ///
-/// With Z = R11^-T C1' = Q T over the band's columns, and v for what the band's rows miss, the
-/// constraints read Z'v = T's and E = C2 - Z'R12 gives
+/// With Z = R11^-T C1' = Q T over the columns of R11, and v for what its rows miss, the constraints
+/// read Z'v = T's and E = C2 - Z'R12 gives
 ///   min |s|^2 + |R22 x2 - c2|^2   subject to   -T's + E x2 = d - Z'c1,
-/// a small system in s and the border's unknowns x2, which `Small` solves by its null space; then
+/// a small system in s and the border's unknowns x2, solved by the null space of [-T' E]; then
 /// x1 = R11^-1 (c1 - R12 x2 - Q s). Any constraints do, dependent ones that agree included.
 ///
 /// Source: C. L. Lawson, R. J. Hanson, Solving Least Squares Problems (1974), ch. 20.
-class BandConstraints {
+class TriangleConstraints {
  public:
   /// Throws std::bad_alloc.
-  BandConstraints(const BandTriangle& triangle, const ColumnRoles& roles,
-                  const std::vector<ConstraintRow>& rows, double tolerance);
+  TriangleConstraints(const Triangle& triangle, const ColumnRoles& roles,
+                      const std::vector<ConstraintRow>& rows, double tolerance);
 
   /// Columns, one for each direction that neither rows nor constraints determine.
   const std::vector<int>& undetermined() const { return undetermined_; }
@@ -54,7 +55,7 @@ class BandConstraints {
   DoubleVec meetConstraints(const DoubleVec& g, std::vector<int>* conflicting) const;
   DoubleVec residualOfRest(const DoubleVec& y, const std::vector<double>& c2) const;
 
-  const BandTriangle& triangle_;
+  const Triangle& triangle_;
   const ColumnRoles& roles_;
   const std::vector<ConstraintRow>& rows_;
   double tolerance_;
