@@ -44,9 +44,19 @@ TtupleMatrix residual(const Direction& u, const Direction& v, const TtupleMatrix
   return r;
 }
 
-double scaleOf(const TtupleMatrix& b) {
+ColumnScale scaleOf(const TtupleMatrix& b) {
   const DoubleVec flat = b.data();
-  return solverScale(flat.data(), flat.length());
+  return ColumnScale(flat.data(), flat.length(), 3);
+}
+
+void enlarge(TtupleMatrix& m, const ColumnScale& scale) {
+  DoubleVec flat = m.data();
+  scale.enlarge(flat.data(), flat.length());
+}
+
+void restore(TtupleMatrix& m, const ColumnScale& scale) {
+  DoubleVec flat = m.data();
+  scale.restore(flat.data(), flat.length());
 }
 
 void check(int code) {
@@ -61,19 +71,19 @@ void check(int code) {
 template <class Solve>
 TtupleMatrix refined(const Direction& u, const Direction& v, const TtupleMatrix& b, TtupleMatrix x,
                      Solve solve) {
-  const double scale = scaleOf(b);
+  const ColumnScale scale = scaleOf(b);
   TtupleMatrix rhs = b.copy();
-  rhs *= scale;
-  x *= scale;
+  enlarge(rhs, scale);
+  enlarge(x, scale);
   check(solve(rhs, x));
   TtupleMatrix rest = residual(u, v, rhs, x);
-  const double again = scaleOf(rest);
-  rest *= again;
+  const ColumnScale again = scaleOf(rest);
+  enlarge(rest, again);
   TtupleMatrix step(3, x.rows(), x.cols(), 0.0);  // prescribed points stay
   check(solve(rest, step));
-  step *= 1.0 / again;
+  restore(step, again);
   x += step;
-  x *= 1.0 / scale;
+  restore(x, scale);
   return x;
 }
 

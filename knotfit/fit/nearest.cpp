@@ -22,7 +22,7 @@ constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kHalvings = 12;
 
 Spline scaled(Spline s, int exponent) {
-  scaleBy(s.controls, -exponent);
+  scaleBy(s, -exponent);
   return s;
 }
 

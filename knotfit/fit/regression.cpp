@@ -15,9 +15,9 @@
 
 #include <knotwork/knotwork.h>
 
+#include "base/doubled.h"
 #include "base/fault.h"
 #include "base/text.h"
-#include "fit/doubled.h"
 #include "model/scale.h"
 
 namespace knotfit {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "fit/doubled.h"
+#include "base/doubled.h"
 
 namespace knotfit {
 

@@ -126,16 +126,17 @@ FactoredSystem::FactoredSystem(const RowMatrix& matrix, const SolverOptions& opt
 
 std::vector<double> FactoredSystem::solveOnce(const std::vector<double>& rhs,
                                               int components) const {
-  const double scale = solverScale(rhs.data(), rhs.size());
+  const ColumnScale scale(rhs.data(), rhs.size(), static_cast<std::size_t>(components));
   TtupleVector b(components, static_cast<int>(matrix_.rows.size()), rhs.data());
-  b *= scale;
+  scale.enlarge(b.data().data(), rhs.size());
   TtupleVector x(components, static_cast<int>(matrix_.unknowns), 0.0);
   const int code = solver_->solve(b, &x, false);
   if (code != 0) {
     throw Fault(code == 5 ? kNoSolution : kInternal, cat("the solver answers code ", code));
   }
-  x *= 1.0 / scale;
-  return stdOf(x.data());
+  std::vector<double> solution = stdOf(x.data());
+  scale.restore(solution.data(), solution.size());
+  return solution;
 }
 
 std::vector<double> FactoredSystem::solve(const std::vector<double>& rhs, int components) const {

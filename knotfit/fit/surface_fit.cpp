@@ -98,6 +98,8 @@ SurfaceFit fitWith(const PointGrid& grid, const FitOptions& options,
                    s.controls.data() + 3 * (i * s.size[1] + j), 3);
     }
   }
+  if (options.spacing == Spacing::kUniform) s.heights = grid.heights;
+  placeHeights(s);
   if (options.edges != Edges::kFree) fit.miss = cornerMiss(fit, grid);
   fit.distances = distancesAt(fit, grid);
   fit.matrices = {std::move(d[0].matrix), std::move(d[1].matrix)};
@@ -167,14 +169,16 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
                                                      grid.columns, smoothed, "grid's v direction")};
   const int exponent = evenExponent(grid.coords);
   PointGrid scaled = grid;
-  scaleBy(scaled.coords, -exponent);
+  scaleBy(scaled, -exponent);
   FitOptions scaledOptions = options;
   scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
   SurfaceFit fit =
       options.tolerance > 0 ? fitWithin(scaled, scaledOptions) : fitWith(scaled, scaledOptions, n);
   fit.met = fit.miss <= kMissRounding;
   for (std::size_t k = 0; k < 2; ++k) fit.spectra[k] = spectrumOf(fit.matrices[k]);
-  scaleBy(fit.spline.controls, exponent);
+  scaleBy(fit.spline, exponent);
+  if (fit.spline.heights) fit.spline.heights = grid.heights;  // what had become too small to scale
+  placeHeights(fit.spline);
   scaleBy(fit.distances, exponent);
   fit.miss = std::ldexp(fit.miss, exponent);
   checkRange(fit.spline, fit.distances);

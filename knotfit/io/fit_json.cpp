@@ -204,6 +204,32 @@ int wholeNumber(const Json& value) {
   return value.get<int>();
 }
 
+constexpr const char* kAxes[] = {"x", "y"};
+
+Json heightsJson(const HeightPlaces& h) {
+  return {{"along", {kAxes[h[0].coordinate], kAxes[h[1].coordinate]}},
+          {"spacing", {h[0].spacing, h[1].spacing}},
+          {"steps", {h[0].steps, h[1].steps}}};
+}
+
+// Places that are not those of the control points would show another surface than these do.
+void readHeights(const Json& json, Spline& s) {
+  Spline placed = s;
+  HeightPlaces& h = placed.heights.emplace();
+  for (std::size_t d = 0; d < 2; ++d) {
+    h[d].coordinate = json.at("along").at(d) == kAxes[0] ? 0 : 1;
+    h[d].spacing = json.at("spacing").at(d).get<double>();
+    h[d].steps = static_cast<std::size_t>(wholeNumber(json.at("steps").at(d)));
+  }
+  const bool suit = !s.isCurve() && h[0].coordinate != h[1].coordinate;
+  if (suit) placeHeights(placed);
+  const auto isUnit = [](const std::vector<double>& t) { return t.front() == 0 && t.back() == 1; };
+  if (!suit || !isUnit(s.knots[0]) || !isUnit(s.knots[1]) || placed.controls != s.controls) {
+    throw Fault(kInput, "its control points are not those of its \"heights\"");
+  }
+  s.heights = h;
+}
+
 StoredFit fitOf(FitParts parts) {
   const Json& j = parts.tree;
   if (j.at("format") != "knotfit") throw Fault(kInput, "its format is not \"knotfit\"");
@@ -240,6 +266,7 @@ StoredFit fitOf(FitParts parts) {
   }
   if (j.contains("fit") && !j["fit"].is_null()) fit.report = textOf(j["fit"]);
   if (const std::string fault = faultOf(s); !fault.empty()) throw Fault(kInput, fault);
+  if (j.contains("heights")) readHeights(j["heights"], s);
   return fit;
 }
 
@@ -266,6 +293,7 @@ std::string fitJson(const StoredFit& fit) {
   }
   j["size"] = std::vector<std::size_t>(s.size.begin(), s.size.begin() + s.directions);
   j["units"] = s.units;
+  if (s.heights) j["heights"] = heightsJson(*s.heights);
   // Control points are written straight to the text: a tree of them would take ten times as much.
   std::string out = textOf(j);
   out.resize(out.size() - std::string_view("\n}\n").size());

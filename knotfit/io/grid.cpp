@@ -90,6 +90,7 @@ PointGrid heightGrid(const Table& table, const GridOptions& options) {
       grid.coords.push_back(table.values[i * grid.columns + j]);
     }
   }
+  grid.heights = {{{0, options.dx, grid.rows - 1}, {1, options.dy, grid.columns - 1}}};
   return grid;
 }
 
@@ -103,6 +104,11 @@ PointGrid thinned(const PointGrid& grid, std::size_t step) {
       out.coords.insert(out.coords.end(), grid.at(i, j), grid.at(i, j) + 3);
     }
   }
+  out.heights = grid.heights;
+  if (out.heights) {
+    (*out.heights)[0].steps = step * (out.rows - 1);
+    (*out.heights)[1].steps = step * (out.columns - 1);
+  }
   return out;
 }
 
@@ -115,6 +121,7 @@ PointGrid transposed(const PointGrid& grid) {
       out.coords.insert(out.coords.end(), grid.at(j, i), grid.at(j, i) + 3);
     }
   }
+  if (grid.heights) out.heights = {{(*grid.heights)[1], (*grid.heights)[0]}};
   return out;
 }
 

@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
+
+#include "model/heights.h"
 
 namespace knotfit {
 
@@ -23,7 +26,8 @@ struct PointSet {
 /// A rows x columns grid of 3-D points; rows run along u, columns along v.
 struct PointGrid {
   std::size_t rows = 0, columns = 0;
-  std::vector<double> coords;  ///< point (i, j) at 3 * (i * columns + j)
+  std::vector<double> coords;           ///< point (i, j) at 3 * (i * columns + j)
+  std::optional<HeightPlaces> heights;  ///< of a grid of heights: its even places
 
   const double* at(std::size_t i, std::size_t j) const {
     return coords.data() + 3 * (i * columns + j);

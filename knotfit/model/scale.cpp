@@ -8,9 +8,11 @@
 namespace knotfit {
 namespace {
 
-double largest(const double* values, std::size_t n) {
+constexpr int kSolverSize = 40;
+
+double largest(const double* values, std::size_t n, std::size_t step = 1) {
   double most = 0;
-  for (std::size_t i = 0; i < n; ++i) most = std::max(most, std::abs(values[i]));
+  for (std::size_t i = 0; i < n; i += step) most = std::max(most, std::abs(values[i]));
   return most;
 }
 
@@ -28,10 +30,35 @@ void scaleBy(std::vector<double>& values, int exponent) {
   for (double& x : values) x = std::ldexp(x, exponent);
 }
 
+void scaleBy(Spline& spline, int exponent) {
+  scaleBy(spline.controls, exponent);
+  if (!spline.heights) return;
+  for (EvenPlaces& e : *spline.heights) e.spacing = std::ldexp(e.spacing, exponent);
+}
+
+void scaleBy(PointGrid& grid, int exponent) {
+  scaleBy(grid.coords, exponent);
+  if (!grid.heights) return;
+  for (EvenPlaces& e : *grid.heights) e.spacing = std::ldexp(e.spacing, exponent);
+}
+
 double solverScale(const double* values, std::size_t n) {
-  constexpr int kSize = 40, kMost = 1000;  // 2^1000: the scaled numbers and the scale are finite
+  constexpr int kMost = 1000;  // 2^1000: the scaled numbers and the scale are finite
   const double most = largest(values, n);
-  return most > 0 ? std::ldexp(1.0, std::min(kSize - std::ilogb(most), kMost)) : 1.0;
+  return most > 0 ? std::ldexp(1.0, std::min(kSolverSize - std::ilogb(most), kMost)) : 1.0;
+}
+
+ColumnScale::ColumnScale(const double* values, std::size_t n, std::size_t columns) {
+  for (std::size_t c = 0; c < columns && c < n; ++c) {
+    const double most = largest(values + c, n - c, columns);
+    exponents_.push_back(most > 0 ? kSolverSize - std::ilogb(most) : 0);
+  }
+}
+
+void ColumnScale::apply(double* values, std::size_t n, int sign) const {
+  for (std::size_t i = 0; i < n; ++i) {
+    values[i] = std::ldexp(values[i], sign * exponents_[i % exponents_.size()]);
+  }
 }
 
 }  // namespace knotfit

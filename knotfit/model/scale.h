@@ -9,6 +9,9 @@
 #include <cstddef>
 #include <vector>
 
+#include "model/points.h"
+#include "model/spline.h"
+
 namespace knotfit {
 
 /// @return the even e for which 2^-e brings the largest magnitude to 1 .. 4; 0 for zeros alone.
@@ -16,9 +19,26 @@ int evenExponent(const std::vector<double>& values);
 
 /// Multiplies by 2^exponent.
 void scaleBy(std::vector<double>& values, int exponent);
+void scaleBy(Spline& spline, int exponent);
+void scaleBy(PointGrid& grid, int exponent);
 
 /// @return a power of two that brings the largest magnitude to about 2^40; 1 for zeros alone. The
 /// solvers leave out products of about 1e-11 and less, so right-hand sides are handed over large.
 double solverScale(const double* values, std::size_t n);
+
+/// The same for columns that stand side by side, each by a power of its own: one of large numbers
+/// must not let another's count as nothing.
+class ColumnScale {
+ public:
+  /// @param values  n numbers, those of a row one after the other.
+  ColumnScale(const double* values, std::size_t n, std::size_t columns);
+  void enlarge(double* values, std::size_t n) const { apply(values, n, 1); }
+  void restore(double* values, std::size_t n) const { apply(values, n, -1); }
+
+ private:
+  void apply(double* values, std::size_t n, int sign) const;
+
+  std::vector<int> exponents_;
+};
 
 }  // namespace knotfit

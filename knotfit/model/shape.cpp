@@ -108,7 +108,7 @@ Spline CurveShape::spline(const Spline& like) const {
   return s;
 }
 
-SurfaceShape::SurfaceShape(const Spline& s) {
+SurfaceShape::SurfaceShape(const Spline& s) : heights_(s.heights) {
   const SurfaceRecord record = surfaceRecord(s);
   object_ = std::make_unique<AP_SURFACE>(record.get(), 0);
 }
@@ -119,6 +119,19 @@ void SurfaceShape::eval(double u, double v, int order, double* out) const {
   work_.resize(static_cast<std::size_t>(object_->WorkspaceSize(order)));
   object_->eval(work_.data(), u, v, order);
   std::copy_n(work_.begin(), 3 * (order + 1) * (order + 1), out);
+  if (heights_) tellPlaces(u, v, static_cast<std::size_t>(order), out);
+}
+
+// Coordinates that are linear in one parameter, and their derivatives.
+void SurfaceShape::tellPlaces(double u, double v, std::size_t order, double* out) const {
+  const std::size_t side = order + 1;
+  for (std::size_t d = 0; d < 2; ++d) {
+    const EvenPlaces& e = (*heights_)[d];
+    double* const to = out + e.coordinate;
+    for (std::size_t k = 0; k < side * side; ++k) to[3 * k] = 0;
+    to[0] = e.at(d == 0 ? u : v);
+    if (order > 0) to[3 * (d == 0 ? 1 : side)] = e.slope();
+  }
 }
 
 std::array<double, 3> SurfaceShape::point(double u, double v) const {
@@ -156,6 +169,7 @@ Spline SurfaceShape::spline(const Spline& like) const {
   DoubleVec v(static_cast<unsigned>(object_->vCount() + s.degree[1] + 1), 0.0);
   require(TagRw::knotsToDv(record.get(), u, v));
   s.knots = {stdOf(u), stdOf(v)};
+  placeHeights(s);
   return s;
 }
 

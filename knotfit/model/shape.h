@@ -4,6 +4,7 @@
 
 #include <array>
 #include <memory>
+#include <optional>
 
 #include <knotwork/knotwork.h>
 
@@ -52,8 +53,11 @@ class SurfaceShape {
   Spline spline(const Spline& like) const;
 
  private:
+  void tellPlaces(double u, double v, std::size_t order, double* out) const;
+
   std::unique_ptr<AP_SURFACE> object_;
   mutable std::vector<double> work_;
+  std::optional<HeightPlaces> heights_;
 };
 
 }  // namespace knotfit

@@ -4,8 +4,11 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "model/heights.h"
 
 namespace knotfit {
 
@@ -19,6 +22,7 @@ struct Spline {
   std::vector<double> controls;              ///< point (i, j) at dim * (i * size[1] + j)
   bool closed = false;                       ///< the curve ends where it begins, smoothly
   std::string units = "mm";                  ///< mm, cm, m or in
+  std::optional<HeightPlaces> heights;       ///< of a surface over even places, with domain 0 to 1
 
   bool isCurve() const { return directions == 1; }
   std::size_t count() const { return size[0] * size[1]; }

@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/doubled.h"
 #include "base/fault.h"
-#include "fit/doubled.h"
 
 namespace knotfit::test {
 namespace {

@@ -5,11 +5,14 @@
 #include <cmath>
 #include <random>
 
+#include "base/text.h"
+#include "fit/curve_fit.h"
 #include "fit/nearest.h"
 #include "io/fit_json.h"
 #include "model/deviation.h"
 #include "model/scale.h"
 #include "model/shape.h"
+#include "points.h"
 #include "run.h"
 
 namespace knotfit::test {
@@ -68,19 +71,70 @@ TEST(Surfaces, SizeOfTheCoordinatesChangesNoDigit) {
   }
 }
 
+// Height grids give x and y back to the bit, beside heights of any size, in each form of the fit.
 TEST(Surfaces, HeightsAreUniformAndKeepTheirPlaces) {
   const Folder folder;
   ASSERT_EQ(knotfit({"demo", "."}).code, 0);
-  const Outcome o = knotfit({"surface", "hill.csv", "--height", "--spacing", "0.1,0.3",
-                             "--controls", "9,8", "--order", "columns", "-o", "hill.json"});
-  EXPECT_NE(o.out.find(", uniform parameters,"), std::string::npos) << o.out;
-  const SurfaceShape shape(readFit("hill.json").spline);
-  for (int i = 0; i < 20; ++i) {  // columns run along u
-    for (int j = 0; j < 25; ++j) {
-      const auto at = shape.point(i / 19.0, j / 24.0);
-      EXPECT_NEAR(at[0], 0.1 * j, 2e-15);
-      EXPECT_NEAR(at[1], 0.3 * i, 5e-15);
+  std::string huge;
+  for (int i = 0; i < 25; ++i) {
+    for (int j = 0; j < 20; ++j) huge += cat(j ? "," : "", 1e300 * std::sin(i + j * j));
+    huge += "\n";
+  }
+  write("huge.csv", huge);
+  for (const char* file : {"hill.csv", "huge.csv"}) {
+    const Outcome o = knotfit({"surface", file, "--height", "--spacing", "0.1,0.05", "--controls",
+                               "9,8", "--order", "columns", "-o", "hill.json", "--force"});
+    EXPECT_NE(o.out.find(", uniform parameters,"), std::string::npos) << o.out;
+    ASSERT_EQ(
+        knotfit({"insert", "hill.json", "--knot", "0.3:2", "-o", "more.json", "--force"}).code, 0);
+    for (const char* fit : {"hill.json", "more.json"}) {
+      const Spline s = readFit(fit).spline;
+      const SurfaceShape shape(s);
+      for (int i = 0; i < 20; ++i) {  // columns run along u
+        for (int j = 0; j < 25; ++j) {
+          const auto at = shape.point(i / 19.0, j / 24.0);
+          EXPECT_EQ(at[0], 0.1 * j);
+          EXPECT_EQ(at[1], 0.05 * i);
+        }
+      }
+      Spline net = s;  // another reader knows the net alone
+      net.heights.reset();
+      for (int i = 0; i < 20; ++i) {
+        EXPECT_NEAR(SurfaceShape(net).point(i / 19.0, 0.5)[1], 0.05 * i, 3e-16);
+      }
     }
+  }
+  const Outcome table = knotfit({"eval", "more.json", "--at", "1,0.25", "--deriv", "1"});
+  EXPECT_NE(table.out.find("\n1,0.25,0.6000000000000001,0.9500000000000001,"), std::string::npos);
+  std::string text = contents("hill.json");
+  text.replace(text.find("0.05"), 4, "0.06");
+  write("moved.json", text);
+  EXPECT_EQ(
+      knotfit({"info", "moved.json"}).err,
+      "moved.json: its control points are not those of its \"heights\" (write the fit anew)\n");
+}
+
+// A column of small numbers keeps its digits beside one of large ones.
+TEST(Surfaces, ColumnsOfAnySizeKeepTheirDigits) {
+  PointGrid grid = plane(12, 9), sized = grid;
+  for (std::size_t i = 2; i < grid.coords.size(); i += 3) {
+    sized.coords[i] = std::ldexp(grid.coords[i], 900);
+  }
+  FitOptions o;
+  o.spacing = Spacing::kUniform;
+  o.controls = {6, 5};
+  const SurfaceFit fit = fitSurface(grid, o), other = fitSurface(sized, o);
+  for (std::size_t i = 0; i < fit.spline.controls.size(); ++i) {
+    EXPECT_EQ(other.spline.controls[i], std::ldexp(fit.spline.controls[i], i % 3 == 2 ? 900 : 0));
+  }
+  PointSet points = wave(40, 2, 3), tall = points;
+  for (std::size_t i = 1; i < points.coords.size(); i += 2) {
+    tall.coords[i] = std::ldexp(points.coords[i], 900);
+  }
+  o.controls = {12, 0};
+  const Spline curve = fitCurve(points, o).spline, tallCurve = fitCurve(tall, o).spline;
+  for (std::size_t i = 0; i < curve.controls.size(); ++i) {
+    EXPECT_EQ(tallCurve.controls[i], std::ldexp(curve.controls[i], i % 2 == 1 ? 900 : 0));
   }
 }
 
