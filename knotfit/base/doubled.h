@@ -38,11 +38,13 @@ struct Doubled {
 };
 
 /// @return the product in doubled precision.
-inline Doubled operator*(const Doubled& a, double b) {
-  const double product = a.high * b, rest = std::fma(a.high, b, -product) + a.low * b;
+inline Doubled operator*(const Doubled& a, const Doubled& b) {
+  const double product = a.high * b.high;
+  const double rest = std::fma(a.high, b.high, -product) + (a.high * b.low + a.low * b.high);
   const double sum = product + rest;
   return {sum, rest - (sum - product)};
 }
+inline Doubled operator*(const Doubled& a, double b) { return a * Doubled{b, 0}; }
 
 inline Doubled operator-(const Doubled& a) { return {-a.high, -a.low}; }
 

@@ -12,6 +12,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include <knotwork/knotwork.h>
 
@@ -44,6 +45,10 @@ double largest(const std::vector<double>& values) {
 
 // e with 2^-e x in 1 .. 2 for the largest x; 0 for zeros.
 int exponentOf(double most) { return most > 0 ? std::ilogb(most) : 0; }
+
+Doubled scaled(const Doubled& x, int exponent) {
+  return {std::ldexp(x.high, exponent), std::ldexp(x.low, exponent)};
+}
 
 // z from R'R z = P'g.
 DoubleVec solveTriangles(const DoubleQRDecomp& qr, const DoubleVec& g) {
@@ -133,6 +138,56 @@ NormalSolve factored(const DoubleGenMat& a, RegressionMethod method) {
   return byLu(a);
 }
 
+// Chebyshev polynomials T0, T1, ... of t = (z - c) g, which is within -1 .. 1 for all z =
+// 2^exponent x. With T0 = 1, T1 = t and T(k+1) = 2 t Tk - T(k-1) the same recurrence gives values
+// and, with t as a polynomial in z, the powers of z in each of them.
+class Chebyshev {
+ public:
+  Chebyshev(const std::vector<double>& x, int exponent)
+      : values_(x.size(), Doubled{1, 0}),
+        valuesBefore_(x.size()),
+        powers_{{1, 0}},
+        powersBefore_{{0, 0}} {
+    const auto [low, high] = std::minmax_element(x.begin(), x.end());
+    const double from = std::ldexp(*low, exponent), to = std::ldexp(*high, exponent);
+    const double centre = from / 2 + to / 2, half = to / 2 - from / 2;
+    slope_ = half > 0 ? 1.0 / half : 1.0;
+    shift_ = Doubled{-centre, 0} * slope_;
+    for (const double v : x) {
+      Doubled z{std::ldexp(v, exponent), 0};
+      z += -centre;
+      t_.push_back(z * slope_);
+    }
+  }
+
+  const std::vector<Doubled>& values() const { return values_; }
+  const std::vector<Doubled>& powers() const {
+    return powers_;
+  }  ///< coefficients of 1, z, z^2, ...
+
+  void advance() {
+    const double factor = powers_.size() == 1 ? 1 : 2;
+    for (std::size_t i = 0; i < values_.size(); ++i) {
+      Doubled next = t_[i] * values_[i] * factor;
+      next += -std::exchange(valuesBefore_[i], values_[i]);
+      values_[i] = next;
+    }
+    std::vector<Doubled> next(powers_.size() + 1);
+    for (std::size_t j = 0; j < powers_.size(); ++j) {
+      next[j].addProduct(shift_ * factor, powers_[j]);
+      next[j + 1].addProduct(Doubled{slope_ * factor, 0}, powers_[j]);
+      next[j] += -powersBefore_[j];
+    }
+    powersBefore_ = std::exchange(powers_, std::move(next));
+    powersBefore_.emplace_back();
+  }
+
+ private:
+  double slope_ = 1;
+  Doubled shift_;
+  std::vector<Doubled> t_, values_, valuesBefore_, powers_, powersBefore_;
+};
+
 class Regression {
  public:
   Regression(const RegressionProblem& problem, RegressionMethod method)
@@ -144,7 +199,7 @@ class Regression {
     }
     scaleResponse();
     DoubleGenMat a(static_cast<unsigned>(rows), static_cast<unsigned>(n_), 0.0);
-    for (const RegressionColumn& column : problem.columns) {
+    for (const std::vector<Doubled>& column : problem.columns) {
       const int j = static_cast<int>(scaled_.size());
       scaleColumn(column);
       for (std::size_t i = 0; i < rows; ++i) {
@@ -158,21 +213,44 @@ class Regression {
     const std::vector<Doubled> none(n_);
     const std::vector<Doubled> x = settled(response_, none);
     RegressionResult result;
-    for (std::size_t j = 0; j < n_; ++j) {
-      result.estimates.push_back(told(j, x[j].value(), exponents_[j] + responseExponent_));
+    for (std::size_t k = 0; k < n_; ++k) {
+      const Combination b = parameter(k);
+      result.estimates.push_back(told(k, summed(b, x), b.exponent + responseExponent_));
     }
     tellResiduals(x, result);
-    for (std::size_t j = 0; j < n_; ++j) {
-      std::vector<Doubled> unit(n_);
-      unit[j].high = 1.0;
-      const double variance = settled({}, unit)[j].value();
-      result.errors.push_back(
-          told(j, result.residualDeviation * std::sqrt(variance), exponents_[j]));
+    for (std::size_t k = 0; k < n_; ++k) {
+      const Combination b = parameter(k);
+      const double variance = summed(b, settled({}, b.weights));
+      result.errors.push_back(told(k, result.residualDeviation * std::sqrt(variance), b.exponent));
     }
     return result;
   }
 
  private:
+  // A parameter by the scaled unknowns, with weights of about 1.
+  Combination parameter(std::size_t k) const {
+    Combination b{std::vector<Doubled>(n_), exponents_[k]};
+    if (problem_.parameters.empty()) {
+      b.weights[k].high = 1.0;
+      return b;
+    }
+    double most = 0;
+    for (std::size_t j = 0; j < n_; ++j) {
+      b.weights[j] = scaled(problem_.parameters[k].weights[j], exponents_[j]);
+      most = std::max(most, std::abs(b.weights[j].high));
+    }
+    const int size = exponentOf(most);
+    for (Doubled& w : b.weights) w = scaled(w, -size);
+    b.exponent = problem_.parameters[k].exponent + size;
+    return b;
+  }
+
+  static double summed(const Combination& b, const std::vector<Doubled>& x) {
+    Doubled sum;
+    for (std::size_t j = 0; j < x.size(); ++j) sum.addProduct(b.weights[j], x[j]);
+    return sum.value();
+  }
+
   // scaled * 2^exponent of parameter j; infinity, or a zero that is none, would be a wrong answer.
   double told(std::size_t j, double scaled, int exponent) const {
     const double value = std::ldexp(scaled, exponent);
@@ -187,14 +265,14 @@ class Regression {
     for (double& y : response_) y = std::ldexp(y, -responseExponent_);
   }
 
-  void scaleColumn(const RegressionColumn& column) {
+  void scaleColumn(const std::vector<Doubled>& column) {
     double most = 0;
-    for (const Doubled& x : column.values) most = std::max(most, std::abs(x.high));
+    for (const Doubled& x : column) most = std::max(most, std::abs(x.high));
     if (most == 0) unsolvable(RegressionMethod::kHouseholder);
     const int e = exponentOf(most);
-    scaled_.push_back(column.values);
-    for (Doubled& x : scaled_.back()) x = {std::ldexp(x.high, -e), std::ldexp(x.low, -e)};
-    exponents_.push_back(-e - column.exponent);
+    scaled_.push_back(column);
+    for (Doubled& x : scaled_.back()) x = scaled(x, -e);
+    exponents_.push_back(-e);
   }
 
   // response - A x, an empty response standing for zeros.
@@ -261,7 +339,7 @@ class Regression {
   std::vector<double> response_;  // scaled by 2^-responseExponent_
   int responseExponent_ = 0;
   std::vector<std::vector<Doubled>> scaled_;
-  std::vector<int> exponents_;  // parameter j is 2^exponents_[j] times the scaled one
+  std::vector<int> exponents_;  // coefficient j is 2^exponents_[j] times the scaled one
   NormalSolve solve_;
 };
 
@@ -288,12 +366,16 @@ RegressionProblem polynomialProblem(const std::vector<double>& x, const std::vec
   RegressionProblem p;
   p.response = y;
   p.intercept = true;
-  const int e = exponentOf(largest(x));  // powers stay in the range of numbers
-  std::vector<Doubled> power(x.size(), Doubled{1.0, 0.0});
-  for (int k = 0; k <= degree; ++k) {
+  const int e = exponentOf(largest(x));  // powers of 2^-e x stay in the range of numbers
+  Chebyshev t(x, -e);
+  const auto n = static_cast<std::size_t>(degree) + 1;
+  for (std::size_t k = 0; k < n; ++k) {
     p.names.push_back(cat("B", k));
-    p.columns.push_back({power, k * e});
-    for (std::size_t i = 0; i < x.size(); ++i) power[i] = power[i] * std::ldexp(x[i], -e);
+    p.parameters.push_back({std::vector<Doubled>(n), -static_cast<int>(k) * e});
+  }
+  for (std::size_t k = 0; k < n; ++k, t.advance()) {
+    p.columns.push_back(t.values());
+    for (std::size_t j = 0; j <= k; ++j) p.parameters[j].weights[k] = t.powers()[j];
   }
   return p;
 }
@@ -305,12 +387,12 @@ RegressionProblem linearProblem(const std::vector<std::vector<double>>& x,
   p.intercept = intercept;
   if (intercept) {
     p.names.push_back("B0");
-    p.columns.push_back({std::vector<Doubled>(y.size(), Doubled{1.0, 0.0})});
+    p.columns.emplace_back(y.size(), Doubled{1.0, 0.0});
   }
   for (const std::vector<double>& column : x) {
     p.names.push_back(cat("B", p.columns.size() + (intercept ? 0 : 1)));
     p.columns.emplace_back();
-    for (const double value : column) p.columns.back().values.push_back({value, 0.0});
+    for (const double value : column) p.columns.back().push_back({value, 0.0});
   }
   return p;
 }

@@ -16,22 +16,24 @@ enum class RegressionMethod { kHouseholder, kQr, kSvd, kCholesky, kLu };
 /// @return "householder", "qr", "svd", "cholesky" or "lu".
 const char* nameOf(RegressionMethod method);
 
-/// A column of a regression problem: 2^exponent times its values.
-struct RegressionColumn {
-  std::vector<Doubled> values;
+/// A parameter as a sum of coefficients of the columns: 2^exponent times sum weights[j] c[j].
+struct Combination {
+  std::vector<Doubled> weights;
   int exponent = 0;
 };
 
 /// The columns of a regression problem.
 struct RegressionProblem {
-  std::vector<std::string> names;         ///< of the parameters
-  std::vector<RegressionColumn> columns;  ///< one per parameter
+  std::vector<std::string> names;             ///< of the parameters
+  std::vector<std::vector<Doubled>> columns;  ///< one per parameter
+  std::vector<Combination> parameters;        ///< empty: the columns' coefficients themselves
   std::vector<double> response;
   bool intercept = false;  ///< the first column is constant: R squared is about the mean
 };
 
-/// @return the problem of B0 + B1 x + ... + Bk x^k, k being `degree`. Powers are formed in doubled
-/// precision, for they are nearly dependent and their rounding would cost most of the digits.
+/// @return the problem of B0 + B1 x + ... + Bk x^k, k being `degree`. Powers are nearly dependent:
+/// the columns are Chebyshev polynomials over the range of x, and the parameters follow from their
+/// coefficients, both in doubled precision.
 RegressionProblem polynomialProblem(const std::vector<double>& x, const std::vector<double>& y,
                                     int degree);
 
