@@ -57,6 +57,7 @@
 #include "knotwork/solvers/base_reporter.h"
 #include "knotwork/solvers/base_solver.h"
 #include "knotwork/solvers/householder.h"
+#include "knotwork/solvers/scattered_least_squares.h"
 #include "knotwork/solvers/solve_codes.h"
 #include "knotwork/solvers/solve_constrained_lsq.h"
 #include "knotwork/solvers/solve_constrained_lsq_qr.h"

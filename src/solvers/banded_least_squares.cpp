@@ -9,58 +9,10 @@
 
 #include "knotwork/solvers/solve_codes.h"
 #include "solvers/banded_system.h"
-#include "solvers/point_values.h"
+#include "solvers/lsq_values.h"
 
 namespace knotwork {
 namespace {
-
-// Like the library's other solvers, one without a reporter is silent.
-TsolverReporter& silentReporter() {
-  static TsolverReporter reporter(true);
-  return reporter;
-}
-
-bool allFinite(std::size_t count, const double* values) {
-  return std::all_of(values, values + count, [](double x) { return std::isfinite(x); });
-}
-
-bool allFinite(const DoubleVec& values) {
-  for (int i = 0; i < static_cast<int>(values.length()); ++i) {
-    if (!std::isfinite(values(i))) return false;
-  }
-  return true;
-}
-
-std::vector<double> toStd(const DoubleVec& values) {
-  std::vector<double> copy;
-  copy.reserve(values.length());
-  for (int i = 0; i < static_cast<int>(values.length()); ++i) copy.push_back(values(i));
-  return copy;
-}
-
-DoubleVec toDoubleVec(const std::vector<double>& values) {
-  DoubleVec copy(static_cast<unsigned>(values.size()), 0.0);
-  if (copy.length() != values.size()) throw std::bad_alloc();
-  std::copy(values.begin(), values.end(), copy.data());
-  return copy;
-}
-
-IntVec toIntVec(const std::vector<int>& values) {
-  IntVec copy(static_cast<unsigned>(values.size()), 0);
-  if (copy.length() != values.size()) throw std::bad_alloc();
-  std::copy(values.begin(), values.end(), copy.data());
-  return copy;
-}
-
-// A result of the right shape keeps its storage, which may be part of something larger.
-template <class Values>
-void give(Values& values, Values* x) {
-  if (detail::hasShape(*x, detail::dimensionOf(values), detail::pointsOf(values))) {
-    *x = values;
-  } else {
-    x->reference(values);
-  }
-}
 
 // What the operation on the system returns, or the code of memory that ran out. The system is made
 // when it is first needed.
@@ -81,7 +33,7 @@ int onSystem(std::unique_ptr<detail::BandedSystem>& system, int unknowns, int or
 }  // namespace
 
 BandedLeastSquares::BandedLeastSquares(int unknowns, int order, int dimension, bool periodic)
-    : BandedLeastSquares(silentReporter(), unknowns, order, dimension, periodic) {}
+    : BandedLeastSquares(detail::silentReporter(), unknowns, order, dimension, periodic) {}
 
 BandedLeastSquares::BandedLeastSquares(TsolverReporter& reporter, int unknowns, int order,
                                        int dimension, bool periodic)
@@ -100,10 +52,10 @@ void BandedLeastSquares::clear() { system_.reset(); }
 int BandedLeastSquares::prescribe(int unknown, const DoubleVec& value) {
   const auto operation = [&](detail::BandedSystem& system) -> int {
     if (rows() > 0 || constraints() > 0 || unknown < 0 || unknown >= unknowns_ ||
-        static_cast<int>(value.length()) != dimension_ || !allFinite(value)) {
+        static_cast<int>(value.length()) != dimension_ || !detail::allFinite(value)) {
       return kBadArgument;
     }
-    system.prescribe(unknown, toStd(value).data());
+    system.prescribe(unknown, detail::toStd(value).data());
     return kSolved;
   };
   return onSystem(system_, unknowns_, order_, dimension_, spans_, operation);
@@ -114,8 +66,8 @@ int BandedLeastSquares::addRows(std::size_t count, const int* first, const doubl
   const auto operation = [&](detail::BandedSystem& system) -> int {
     const bool areSpans =
         std::all_of(first, first + count, [&](int f) { return f >= 0 && f < spans_; });
-    if (!areSpans || !allFinite(count * static_cast<std::size_t>(order_), values) ||
-        !allFinite(count * static_cast<std::size_t>(dimension_), rhs)) {
+    if (!areSpans || !detail::allFinite(count * static_cast<std::size_t>(order_), values) ||
+        !detail::allFinite(count * static_cast<std::size_t>(dimension_), rhs)) {
       return kBadArgument;
     }
     system.addRows(count, first, values, rhs, threads_);
@@ -138,23 +90,9 @@ int BandedLeastSquares::addRow(int first, const DoubleVec& values, const DoubleV
 int BandedLeastSquares::addConstraint(const IntVec& columns, const DoubleVec& values,
                                       const DoubleVec& rhs) {
   const auto operation = [&](detail::BandedSystem& system) -> int {
-    if (columns.length() != values.length() || static_cast<int>(rhs.length()) != dimension_ ||
-        !allFinite(values) || !allFinite(rhs)) {
-      return kBadArgument;
-    }
-    detail::ConstraintRow row;
-    for (int i = 0; i < static_cast<int>(columns.length()); ++i) {
-      if (columns(i) < 0 || columns(i) >= unknowns_) return kBadArgument;
-      if (values(i) == 0) continue;
-      row.columns.push_back(columns(i));
-      row.values.push_back(values(i));
-    }
-    std::vector<int> sorted = row.columns;
-    std::sort(sorted.begin(), sorted.end());
-    const bool isRepeated = std::adjacent_find(sorted.begin(), sorted.end()) != sorted.end();
-    if (isRepeated || sorted.empty()) return kBadArgument;
-    row.rhs = toStd(rhs);
-    system.addConstraint(row);
+    const auto row = detail::constraintRow(columns, values, rhs, unknowns_, dimension_);
+    if (!row) return kBadArgument;
+    system.addConstraint(*row);
     return kSolved;
   };
   return onSystem(system_, unknowns_, order_, dimension_, spans_, operation);
@@ -165,16 +103,8 @@ int BandedLeastSquares::solve(TtupleVector* x) {
   conflicting_.resize(0);
   if (x == nullptr) return kBadArgument;
   const auto operation = [&](detail::BandedSystem& system) -> int {
-    const auto solution = system.solve(rankTolerance_, *reporter_);
-    undetermined_.reference(toIntVec(solution.undetermined));
-    conflicting_.reference(toIntVec(solution.conflicting));
-    const bool isUnique = solution.undetermined.empty() && solution.conflicting.empty();
-    if (!isUnique || !allFinite(solution.x.size(), solution.x.data())) return kDependent;
-    DoubleVec values = toDoubleVec(solution.x);
-    residualSquares_.reference(toDoubleVec(solution.squares));
-    TtupleVector points(dimension_, values);
-    give(points, x);
-    return kSolved;
+    return detail::give(system.solve(rankTolerance_, *reporter_), dimension_, x,
+                        {undetermined_, conflicting_, residualSquares_});
   };
   return onSystem(system_, unknowns_, order_, dimension_, spans_, operation);
 }
@@ -184,7 +114,7 @@ int BandedLeastSquares::solve(DoubleVec* x) {
   TtupleVector points;
   const int code = solve(&points);
   DoubleVec values = points.data();
-  if (code == kSolved) give(values, x);
+  if (code == kSolved) detail::give(values, x);
   return code;
 }
 

@@ -12,16 +12,19 @@
 #include <vector>
 
 #include "knotwork/decomp/double_sv_decomp.h"
-#include "knotwork/solvers/householder.h"
+#include "solvers/sparse_rows.h"
 
 namespace {
 
 using knotwork::BandedLeastSquares;
 
-struct Row {
-  std::vector<int> columns;
-  std::vector<double> values, rhs;
-};
+using knotwork::test::at;
+using knotwork::test::columns;
+using knotwork::test::difference;
+using knotwork::test::largestMiss;
+using knotwork::test::Row;
+using knotwork::test::sameBits;
+using knotwork::test::vec;
 
 /// A random banded problem, kept in plain rows for both solvers and for the oracle.
 struct Problem {
@@ -90,18 +93,6 @@ class Maker {
   std::mt19937 random_;
 };
 
-DoubleVec vec(const std::vector<double>& v) {
-  DoubleVec result(static_cast<unsigned>(v.size()), 0.0);
-  std::copy(v.begin(), v.end(), result.data());
-  return result;
-}
-
-IntVec columns(const std::vector<int>& v) {
-  IntVec result(static_cast<unsigned>(v.size()), 0);
-  std::copy(v.begin(), v.end(), result.data());
-  return result;
-}
-
 /// Fills a solver with all of the problem. @return the first code that is not 0.
 int fill(const Problem& p, BandedLeastSquares& solver) {
   for (std::size_t i = 0; i < p.prescribed.size(); ++i) {
@@ -129,68 +120,21 @@ TtupleVector solved(const Problem& p, int threads = 1) {
   return x;
 }
 
-double at(const TtupleVector& x, int point, int c) {
-  return static_cast<const DoubleVec&>(x)(point * x.size() + c);
-}
-
-/// What the constraints miss, against the size of their terms.
-double constraintMiss(const Problem& p, const TtupleVector& x) {
-  double worst = 0;
-  for (const Row& row : p.constraints) {
-    for (int c = 0; c < p.dimension; ++c) {
-      long double sum = -static_cast<long double>(row.rhs[static_cast<std::size_t>(c)]), size = 0;
-      for (std::size_t t = 0; t < row.columns.size(); ++t) {
-        const long double term = static_cast<long double>(row.values[t]) * at(x, row.columns[t], c);
-        sum += term;
-        size += std::abs(term);
-      }
-      worst = std::max(worst, static_cast<double>(std::abs(sum) / std::max(size, 1.0L)));
-    }
-  }
-  return worst;
-}
-
-/// The dense solution, empty if there is none, by the reflections of `Thouseholder`, prescribed
-/// unknowns as constraints.
+/// The dense solution, prescribed unknowns as constraints.
 TtupleVector dense(const Problem& p) {
-  const std::size_t constraints = p.constraints.size() + p.prescribed.size();
-  const auto rows = static_cast<unsigned>(p.rows() + constraints);
-  DoubleGenMat a(rows, static_cast<unsigned>(p.unknowns), 0.0);
-  TtupleVector b(p.dimension, static_cast<int>(rows), 0.0);
-  int i = 0;
-  for (std::size_t r = 0; r < p.rows(); ++r, ++i) {
-    for (int j = 0; j < p.order; ++j) a(i, p.column(r, j)) += p.value(r, j);
-    for (int c = 0; c < p.dimension; ++c) b.data()(i * p.dimension + c) = p.side(r, c);
+  std::vector<Row> rows(p.rows()), constraints = p.constraints;
+  for (std::size_t r = 0; r < p.rows(); ++r) {
+    for (int j = 0; j < p.order; ++j) {
+      rows[r].columns.push_back(p.column(r, j));
+      rows[r].values.push_back(p.value(r, j));
+    }
+    for (int c = 0; c < p.dimension; ++c) rows[r].rhs.push_back(p.side(r, c));
   }
-  for (const Row& row : p.constraints) {
-    for (std::size_t t = 0; t < row.columns.size(); ++t) a(i, row.columns[t]) = row.values[t];
-    for (int c = 0; c < p.dimension; ++c)
-      b.data()(i * p.dimension + c) = row.rhs[static_cast<std::size_t>(c)];
-    ++i;
+  for (std::size_t k = 0; k < p.prescribed.size(); ++k) {
+    const std::vector<double> known(static_cast<std::size_t>(p.dimension), p.known[k]);
+    constraints.push_back({{p.prescribed[k]}, {1}, known});
   }
-  for (std::size_t k = 0; k < p.prescribed.size(); ++k, ++i) {
-    a(i, p.prescribed[k]) = 1;
-    for (int c = 0; c < p.dimension; ++c) b.data()(i * p.dimension + c) = p.known[k];
-  }
-  Thouseholder solver(1e-15, 0, false);
-  const int code = solver.setMatrix(a, static_cast<int>(constraints), false, false, false);
-  if (code != 0) return TtupleVector();
-  return solver.solve(b);
-}
-
-bool sameBits(const TtupleVector& x, const TtupleVector& y) {
-  const DoubleVec a = x.data(), b = y.data();
-  return a.length() == b.length() && std::equal(a.data(), a.data() + a.length(), b.data());
-}
-
-double difference(const TtupleVector& x, const TtupleVector& y) {
-  double worst = 0, size = 0;
-  EXPECT_EQ(x.length(), y.length());
-  for (int i = 0; i < static_cast<int>(x.length()); ++i) {
-    worst = std::max(worst, std::abs(x.data()(i) - y.data()(i)));
-    size = std::max(size, std::abs(y.data()(i)));
-  }
-  return worst / size;
+  return knotwork::test::denseSolution(p.unknowns, p.dimension, rows, constraints);
 }
 
 TEST(BandedLeastSquares, AgreesWithTheDenseSolverOnEveryKindOfSystem) {
@@ -213,7 +157,7 @@ TEST(BandedLeastSquares, AgreesWithTheDenseSolverOnEveryKindOfSystem) {
     if (x.points() == 0) continue;
     ++compared;
     worst = std::max(worst, difference(x, expected));
-    worstMiss = std::max(worstMiss, constraintMiss(p, x));
+    worstMiss = std::max(worstMiss, largestMiss(p.constraints, x));
     for (std::size_t k = 0; k < p.prescribed.size(); ++k)
       EXPECT_EQ(at(x, p.prescribed[k], 0), p.known[k]);
   }
@@ -351,7 +295,7 @@ TEST(BandedLeastSquares, ConstraintsOverManyColumnsDetermineWhatRowsDoNot) {
     const TtupleVector y = solved(p);
     ASSERT_EQ(y.points(), 12);
     EXPECT_LT(difference(y, dense(p)), 1e-10);
-    EXPECT_LT(constraintMiss(p, y), 1e-12);
+    EXPECT_LT(largestMiss(p.constraints, y), 1e-12);
   }
 }
 

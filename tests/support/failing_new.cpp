@@ -4,6 +4,7 @@
 #include "support/failing_new.h"
 
 #include <gtest/gtest.h>
+#include <cerrno>
 
 #include <cstdlib>
 #include <cstring>
@@ -138,14 +139,20 @@ Function* next(const char* name) {
 
 }  // namespace
 
+// The C library's own callers, such as those that make threads, look at errno.
+static void* noMemory() {
+  errno = ENOMEM;
+  return nullptr;
+}
+
 extern "C" void* calloc(std::size_t count, std::size_t size) noexcept {
   static const auto behind = next<void*(std::size_t, std::size_t)>("calloc");
-  return fails() ? nullptr : behind(count, size);
+  return fails() ? noMemory() : behind(count, size);
 }
 
 extern "C" void* realloc(void* memory, std::size_t size) noexcept {
   static const auto behind = next<void*(void*, std::size_t)>("realloc");
-  return fails() ? nullptr : behind(memory, size);
+  return fails() ? noMemory() : behind(memory, size);
 }
 
 #endif
