@@ -6,307 +6,267 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <map>
 #include <numeric>
-#include <random>
 #include <vector>
 
 #include "knotwork/decomp/double_sv_decomp.h"
-#include "solvers/sparse_rows.h"
+#include "knotwork/solvers/householder.h"
+#include "knotwork/vector/double_vec_pick.h"
+#include "support/random.h"
+#include "support/values.h"
 
+namespace knotwork::test {
 namespace {
 
-using knotwork::BandedLeastSquares;
-
-using knotwork::test::at;
-using knotwork::test::columns;
-using knotwork::test::difference;
-using knotwork::test::largestMiss;
-using knotwork::test::Row;
-using knotwork::test::sameBits;
-using knotwork::test::vec;
-
-/// A random banded problem, kept in plain rows for both solvers and for the oracle.
+/// Rows A X = B, of which row i touches the columns from first[i] on; C X = D holds exactly, as
+/// does what is known of some unknowns.
 struct Problem {
-  int unknowns, order, dimension;
-  bool periodic = false;
+  int order;
+  bool periodic;
   std::vector<int> first;
-  std::vector<double> values, rhs;
-  std::vector<Row> constraints;
-  std::vector<int> prescribed;
-  std::vector<double> known;
+  DoubleGenMat A, B, C, D;
+  std::map<int, double> known;
 
-  std::size_t rows() const { return first.size(); }
-  int column(std::size_t row, int j) const { return (first[row] + j) % unknowns; }
-  double value(std::size_t row, int j) const {
-    return values[row * static_cast<std::size_t>(order) + static_cast<std::size_t>(j)];
-  }
-  double side(std::size_t row, int c) const {
-    return rhs[row * static_cast<std::size_t>(dimension) + static_cast<std::size_t>(c)];
+  int rows() const { return static_cast<int>(A.rows()); }
+  int unknowns() const { return static_cast<int>(A.cols()); }
+  int dimension() const { return static_cast<int>(B.cols()); }
+  BandedLeastSquares solver() const {
+    return BandedLeastSquares(unknowns(), order, dimension(), periodic);
   }
 };
 
-class Maker {
- public:
-  explicit Maker(unsigned seed) : random_(seed) {}
-
-  int whole(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
-  double real(double from, double to) {
-    return std::uniform_real_distribution<double>(from, to)(random_);
+/// Rows in clusters and with weights over `decades` powers of ten; every span has some.
+Problem problem(Random& random, int n, int order, int dimension, bool periodic, double decades) {
+  Problem p{order, periodic, {}, {}, {}, DoubleGenMat(0, unsigned(n)), {}, {}};
+  const int spans = periodic ? n : n - order + 1;
+  for (int span = 0; span < spans; ++span)
+    p.first.insert(p.first.end(), std::size_t(order + random.below(4)), span);
+  for (int i = 0; i < 5; ++i)
+    p.first.insert(p.first.end(), std::size_t(random.below(7)), random.below(spans));
+  p.A.resize(unsigned(p.first.size()), unsigned(n));
+  p.B.reference(random.matrix(p.A.rows(), unsigned(dimension)));
+  for (int i = 0; i < p.rows(); ++i) {
+    const double weight = std::pow(10, random.uniform(-decades / 2, decades / 2));
+    for (int j = 0; j < order; ++j)
+      p.A(i, (p.first[std::size_t(i)] + j) % n) = weight * random.uniform(0, 1);
+    p.B.row(i) *= weight;
   }
-
-  /// Rows in clusters and with weights over `decades` powers of ten; every span has some.
-  Problem problem(int unknowns, int order, int dimension, bool periodic, double decades) {
-    Problem p{unknowns, order, dimension, periodic, {}, {}, {}, {}, {}, {}};
-    const int spans = periodic ? unknowns : unknowns - order + 1;
-    for (int span = 0; span < spans; ++span) addRows(p, span, order + whole(0, 3), decades);
-    for (int i = 0; i < 5; ++i) addRows(p, whole(0, spans - 1), whole(0, 6), decades);
-    return p;
-  }
-
-  void constrain(Problem& p, int count, bool wide) {
-    for (int k = 0; k < count; ++k) {
-      Row row;
-      const int start = whole(0, p.unknowns - p.order);
-      for (int j = 0; j < p.unknowns; ++j) {
-        const bool isUsed = wide ? whole(0, 2) == 0 : j >= start && j < start + p.order;
-        if (!isUsed) continue;
-        row.columns.push_back(j);
-        row.values.push_back(real(0.5, 2) * (whole(0, 1) ? 1 : -1));
-      }
-      if (row.columns.empty()) continue;
-      for (int c = 0; c < p.dimension; ++c) row.rhs.push_back(real(-1, 1));
-      p.constraints.push_back(row);
-    }
-  }
-
- private:
-  void addRows(Problem& p, int span, int count, double decades) {
-    for (int i = 0; i < count; ++i) {
-      const double weight = std::pow(10, real(-decades / 2, decades / 2));
-      p.first.push_back(span);
-      for (int j = 0; j < p.order; ++j) p.values.push_back(weight * real(0, 1));
-      for (int c = 0; c < p.dimension; ++c) p.rhs.push_back(weight * real(-1, 1));
-    }
-  }
-
-  std::mt19937 random_;
-};
-
-/// Fills a solver with all of the problem. @return the first code that is not 0.
-int fill(const Problem& p, BandedLeastSquares& solver) {
-  for (std::size_t i = 0; i < p.prescribed.size(); ++i) {
-    const DoubleVec value(static_cast<unsigned>(p.dimension), p.known[i]);
-    if (const int code = solver.prescribe(p.prescribed[i], value)) return code;
-  }
-  const int code = solver.addRows(p.rows(), p.first.data(), p.values.data(), p.rhs.data());
-  if (code != 0) return code;
-  for (const Row& row : p.constraints) {
-    if (const int c = solver.addConstraint(columns(row.columns), vec(row.values), vec(row.rhs)))
-      return c;
-  }
-  return 0;
+  return p;
 }
 
-/// The banded solution; empty if there is none.
-TtupleVector solved(const Problem& p, int threads = 1) {
-  BandedLeastSquares solver(p.unknowns, p.order, p.dimension, p.periodic);
+/// Adds constraints over `order` neighbours, or over about a third of all unknowns.
+void constrain(Random& random, Problem& p, int count, bool wide) {
+  p.C.reference(DoubleGenMat(unsigned(count), unsigned(p.unknowns()), 0.0));
+  p.D.reference(random.matrix(count, p.dimension()));
+  for (int k = 0; k < count; ++k) {
+    const int start = random.within(0, p.unknowns() - p.order);
+    p.C(k, start) = 1;
+    for (int j = 0; j < p.unknowns(); ++j)
+      if (wide ? random.below(3) == 0 : j >= start && j < start + p.order)
+        p.C(k, j) = random.uniform(0.5, 2) * (random.below(2) ? 1 : -1);
+  }
+}
+
+/// The rows of that list alone, in its order.
+Problem rowsOf(const Problem& p, const std::vector<int>& list) {
+  Problem q = p;
+  q.A.reference(DoubleGenMat(unsigned(list.size()), p.A.cols()));
+  q.B.reference(DoubleGenMat(unsigned(list.size()), p.B.cols()));
+  q.first.clear();
+  for (int i = 0; const int row : list) {
+    q.first.push_back(p.first[std::size_t(row)]);
+    q.A.row(i) = p.A.row(row);
+    q.B.row(i++) = p.B.row(row);
+  }
+  return q;
+}
+
+/// Fills a solver with all of the problem.
+void fill(const Problem& p, BandedLeastSquares& solver) {
+  for (const auto& [unknown, value] : p.known)
+    ASSERT_EQ(solver.prescribe(unknown, DoubleVec(p.B.cols(), value)), 0);
+  Values values, rhs;
+  for (int i = 0; i < p.rows(); ++i) {
+    for (int j = 0; j < p.order; ++j)
+      values.push_back(p.A(i, (p.first[std::size_t(i)] + j) % p.unknowns()));
+    for (int c = 0; c < p.dimension(); ++c) rhs.push_back(p.B(i, c));
+  }
+  ASSERT_EQ(solver.addRows(p.first.size(), p.first.data(), values.data(), rhs.data()), 0);
+  for (int k = 0; k < static_cast<int>(p.C.rows()); ++k) {
+    const IntVec used = p.C.row(k).nonZeroIndex(0.0);
+    ASSERT_EQ(solver.addConstraint(used, DoubleVec(p.C.row(k).vecPick(used)), p.D.row(k)), 0);
+  }
+}
+
+DoubleGenMat matrixOf(const TtupleVector& x) {
+  return transpose(DoubleGenMat(x.data(), unsigned(x.size()), unsigned(x.points())));
+}
+
+/// The banded solution, unknowns x dimension; empty if there is none.
+DoubleGenMat solved(const Problem& p, int threads = 1) {
+  BandedLeastSquares solver = p.solver();
   solver.threads() = threads;
-  EXPECT_EQ(fill(p, solver), 0);
+  fill(p, solver);
   TtupleVector x;
   const int code = solver.solve(&x);
   EXPECT_TRUE(code == 0 || (code == 5 && x.points() == 0)) << code;
   EXPECT_EQ(code == 0, solver.undetermined().length() + solver.conflicting().length() == 0);
-  return x;
+  return matrixOf(x);
 }
 
-/// The dense solution, prescribed unknowns as constraints.
-TtupleVector dense(const Problem& p) {
-  std::vector<Row> rows(p.rows()), constraints = p.constraints;
-  for (std::size_t r = 0; r < p.rows(); ++r) {
-    for (int j = 0; j < p.order; ++j) {
-      rows[r].columns.push_back(p.column(r, j));
-      rows[r].values.push_back(p.value(r, j));
+/// The dense solution, empty if there is none, by the reflections of `Thouseholder`, prescribed
+/// unknowns as constraints.
+DoubleGenMat dense(const Problem& p) {
+  const int exact = static_cast<int>(p.C.rows() + p.known.size());
+  DoubleGenMat a(unsigned(p.rows() + exact), p.A.cols(), 0.0);
+  TtupleVector b(p.dimension(), p.rows() + exact, 0.0);
+  int i = 0;
+  const auto add = [&](const DoubleGenMat& m, const DoubleGenMat& sides) {
+    for (int k = 0; k < static_cast<int>(m.rows()); ++k, ++i) {
+      a.row(i) = m.row(k);
+      b(i) = sides.row(k);
     }
-    for (int c = 0; c < p.dimension; ++c) rows[r].rhs.push_back(p.side(r, c));
+  };
+  add(p.A, p.B);
+  add(p.C, p.D);
+  for (const auto& [unknown, value] : p.known) {
+    a(i, unknown) = 1;
+    b(i++) = value;
   }
-  for (std::size_t k = 0; k < p.prescribed.size(); ++k) {
-    const std::vector<double> known(static_cast<std::size_t>(p.dimension), p.known[k]);
-    constraints.push_back({{p.prescribed[k]}, {1}, known});
-  }
-  return knotwork::test::denseSolution(p.unknowns, p.dimension, rows, constraints);
+  Thouseholder solver(1e-15, 0, false);
+  if (solver.setMatrix(a, exact, false, false, false) != 0) return DoubleGenMat();
+  return matrixOf(solver.solve(b));
+}
+
+double largest(const DoubleGenMat& m) { return maxValue(abs(m).dataVec()); }
+double difference(const DoubleGenMat& x, const DoubleGenMat& y) {
+  return x.rows() == y.rows() ? largest(x - y) / largest(y) : HUGE_VAL;
+}
+
+/// What the constraints miss, against the size of their terms.
+double constraintMiss(const Problem& p, const DoubleGenMat& x) {
+  if (p.C.rows() == 0) return 0;
+  return largest((product(p.C, x) - p.D) / (product(abs(p.C), abs(x)) + abs(p.D)));
 }
 
 TEST(BandedLeastSquares, AgreesWithTheDenseSolverOnEveryKindOfSystem) {
-  Maker make(20261121);
-  double worst = 0, worstMiss = 0;
+  Random random(20261121);
   int compared = 0;
   for (int trial = 0; trial < 300; ++trial) {
-    const int order = make.whole(1, 6), unknowns = make.whole(order + 1, 40);
-    Problem p = make.problem(unknowns, order, make.whole(1, 3), make.whole(0, 1) == 1, 0);
-    if (make.whole(0, 1)) {
-      const int column = make.whole(0, unknowns - 1);
-      p.prescribed = {column};
-      p.known = {make.real(-2, 2)};
-    }
-    make.constrain(p, make.whole(0, std::min(4, unknowns / 3)), make.whole(0, 1) == 1);
+    const int order = random.within(1, 6), n = random.within(order + 1, 40);
+    Problem p = problem(random, n, order, random.within(1, 3), random.below(2) == 1, 0);
+    if (random.below(2)) p.known[random.below(n)] = random.uniform(-2, 2);
+    constrain(random, p, random.within(0, std::min(4, n / 3)), random.below(2) == 1);
     SCOPED_TRACE(trial);
-    const TtupleVector x = solved(p);
-    const TtupleVector expected = dense(p);
-    ASSERT_EQ(x.length(), expected.length());
-    if (x.points() == 0) continue;
+    const DoubleGenMat x = solved(p), expected = dense(p);
+    ASSERT_EQ(x.rows(), expected.rows());
+    if (x.rows() == 0) continue;
     ++compared;
-    worst = std::max(worst, difference(x, expected));
-    worstMiss = std::max(worstMiss, largestMiss(p.constraints, x));
-    for (std::size_t k = 0; k < p.prescribed.size(); ++k)
-      EXPECT_EQ(at(x, p.prescribed[k], 0), p.known[k]);
+    EXPECT_LT(difference(x, expected), 1e-12);
+    EXPECT_LT(constraintMiss(p, x), 1e-12);
+    for (const auto& [unknown, value] : p.known) EXPECT_EQ(x(unknown, 0), value);
   }
   EXPECT_GT(compared, 250);
-  EXPECT_LT(worst, 1e-12);
-  EXPECT_LT(worstMiss, 1e-12);
 }
 
-// At the minimum the residual is orthogonal to every column; in long double, against the sizes of
-// the terms of the row of largest weight.
+// At the minimum the residual is orthogonal to every column, against the sizes of the terms of the
+// row of largest weight.
 TEST(BandedLeastSquares, IsOptimalForWeightsOverTwelveDecades) {
-  Maker make(7);
-  double worst = 0;
+  Random random(7);
   for (int trial = 0; trial < 100; ++trial) {
-    const Problem p = make.problem(make.whole(6, 60), make.whole(2, 5), 2, trial % 2 == 1, 12);
-    const TtupleVector x = solved(p);
-    ASSERT_EQ(x.points(), p.unknowns);
-    std::vector<long double> gradient(static_cast<std::size_t>(p.unknowns)), size = gradient;
-    for (std::size_t r = 0; r < p.rows(); ++r) {
-      long double residual = -static_cast<long double>(p.side(r, 0)), terms = std::abs(residual);
-      for (int j = 0; j < p.order; ++j) {
-        const long double term = static_cast<long double>(p.value(r, j)) * at(x, p.column(r, j), 0);
-        residual += term;
-        terms += std::abs(term);
-      }
-      for (int j = 0; j < p.order; ++j) {
-        gradient[static_cast<std::size_t>(p.column(r, j))] += p.value(r, j) * residual;
-        size[static_cast<std::size_t>(p.column(r, j))] += std::abs(p.value(r, j)) * terms;
-      }
-    }
-    for (std::size_t j = 0; j < size.size(); ++j)
-      worst = std::max(worst, static_cast<double>(std::abs(gradient[j]) / size[j]));
+    const Problem p = problem(random, random.within(6, 60), random.within(2, 5), 2, trial % 2, 12);
+    const DoubleGenMat x = solved(p);
+    ASSERT_EQ(x.rows(), p.A.cols());
+    const DoubleGenMat gradient = transposeProduct(p.A, product(p.A, x) - p.B);
+    const DoubleGenMat terms = product(abs(p.A), abs(x)) + abs(p.B);
+    EXPECT_LT(largest(gradient / transposeProduct(abs(p.A), terms)), 1e-11);
   }
-  EXPECT_LT(worst, 1e-11);
 }
 
 TEST(BandedLeastSquares, RowsInAnyOrderAndOnAnyThreads) {
-  Maker make(11);
-  Problem p = make.problem(50, 4, 3, false, 2);
-  make.constrain(p, 3, true);
-  const TtupleVector x = solved(p);
-  for (const int threads : {2, 3, 8, 100}) {
-    EXPECT_TRUE(sameBits(solved(p, threads), x)) << threads;
-  }
+  Random random(11);
+  Problem p = problem(random, 50, 4, 3, false, 2);
+  constrain(random, p, 3, true);
+  const DoubleGenMat x = solved(p);
+  for (const int threads : {2, 3, 8, 100}) EXPECT_TRUE(solved(p, threads) == x) << threads;
 
   // Spans in another order, each with its own rows in theirs: the same bits. All rows backwards:
   // the same to rounding.
-  std::vector<std::size_t> order(p.rows());
-  std::iota(order.begin(), order.end(), 0u);
-  const auto permuted = [&] {
-    Problem q = p;
-    for (std::size_t i = 0; i < order.size(); ++i) {
-      q.first[i] = p.first[order[i]];
-      for (int j = 0; j < 4; ++j)
-        q.values[i * 4 + static_cast<std::size_t>(j)] = p.value(order[i], j);
-      for (int c = 0; c < 3; ++c) q.rhs[i * 3 + static_cast<std::size_t>(c)] = p.side(order[i], c);
-    }
-    return solved(q);
-  };
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return p.first[a] * 29 % 47 < p.first[b] * 29 % 47;
-  });
-  EXPECT_TRUE(sameBits(permuted(), x));
-  std::reverse(order.begin(), order.end());
-  EXPECT_LT(difference(permuted(), x), 1e-13);
+  std::vector<int> order(p.first.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::ranges::stable_sort(order, {}, [&](int i) { return p.first[std::size_t(i)] * 29 % 47; });
+  EXPECT_TRUE(solved(rowsOf(p, order)) == x);
+  std::ranges::reverse(order);
+  EXPECT_LT(difference(solved(rowsOf(p, order)), x), 1e-13);
 }
 
 TEST(BandedLeastSquares, NamesWhatIsUndeterminedAndSolvesOnceThatIsPrescribed) {
-  Maker make(13);
+  Random random(13);
   int found = 0;
   for (int trial = 0; trial < 100; ++trial) {
-    Problem p = make.problem(make.whole(8, 40), make.whole(2, 5), 1, trial % 2 == 1, 0);
+    const Problem p =
+        problem(random, random.within(8, 40), random.within(2, 5), 1, trial % 2 == 1, 0);
     // A gap: a few neighbouring spans keep but one or two rows between them.
-    const int gap = make.whole(0, p.unknowns - p.order), length = make.whole(p.order, 3 * p.order);
-    Problem q{p.unknowns, p.order, 1, p.periodic, {}, {}, {}, {}, {}, {}};
-    int kept = make.whole(0, 2);
-    for (std::size_t r = 0; r < p.rows(); ++r) {
-      const bool isInGap = p.first[r] >= gap && p.first[r] < gap + length;
-      if (isInGap && kept-- <= 0) continue;
-      q.first.push_back(p.first[r]);
-      for (int j = 0; j < p.order; ++j) q.values.push_back(p.value(r, j));
-      q.rhs.push_back(p.side(r, 0));
+    const int gap = random.within(0, p.unknowns() - p.order);
+    const int length = random.within(p.order, 3 * p.order);
+    int kept = random.below(3);
+    std::vector<int> rest;
+    for (int i = 0; i < p.rows(); ++i) {
+      const int first = p.first[std::size_t(i)];
+      if (first < gap || first >= gap + length || kept-- > 0) rest.push_back(i);
     }
-    BandedLeastSquares solver(q.unknowns, q.order, 1, q.periodic);
-    ASSERT_EQ(fill(q, solver), 0);
+    Problem q = rowsOf(p, rest);
+    BandedLeastSquares solver = q.solver();
+    fill(q, solver);
     DoubleVec x(3, 42.0);
     const int code = solver.solve(&x);
-    DoubleGenMat a(static_cast<unsigned>(q.rows()), static_cast<unsigned>(q.unknowns), 0.0);
-    for (std::size_t r = 0; r < q.rows(); ++r) {
-      for (int j = 0; j < q.order; ++j) a(static_cast<int>(r), q.column(r, j)) += q.value(r, j);
-    }
-    const DoubleVec singular = DoubleSVDecomp(a).singularValues();
+    const DoubleVec singular = DoubleSVDecomp(q.A).singularValues();
     int rank = 0;
     for (int i = 0; i < static_cast<int>(singular.length()); ++i) rank += singular(i) > 1e-12;
-    EXPECT_EQ(static_cast<int>(solver.undetermined().length()), q.unknowns - rank) << trial;
+    const IntVec open = solver.undetermined();
+    EXPECT_EQ(static_cast<int>(open.length()), q.unknowns() - rank) << trial;
     if (code == 0) continue;
     ++found;
     EXPECT_EQ(code, 5);
-    EXPECT_TRUE(x.length() == 3 && x(0) == 42.0);
-    for (int i = 0; i < static_cast<int>(solver.undetermined().length()); ++i) {
-      q.prescribed.push_back(solver.undetermined()(i));
-      q.known.push_back(0.5);
-    }
-    EXPECT_EQ(solved(q).points(), q.unknowns) << trial;
+    EXPECT_EQ(valuesOf(x), Values(3, 42.0));
+    for (int i = 0; i < static_cast<int>(open.length()); ++i) q.known[open(i)] = 0.5;
+    EXPECT_EQ(solved(q).rows(), q.A.cols()) << trial;
   }
   EXPECT_GT(found, 50);
 }
 
 TEST(BandedLeastSquares, ConstraintsOverManyColumnsDetermineWhatRowsDoNot) {
-  Maker make(17);
+  Random random(17);
   for (int trial = 0; trial < 50; ++trial) {
-    Problem p{12, 3, 2, false, {}, {}, {}, {}, {}, {}};
-    const Problem full = make.problem(12, 3, 2, false, 0);
-    for (std::size_t r = 0; r < full.rows(); ++r) {  // columns 5 and 6 have no rows
-      if (full.first[r] > 2 && full.first[r] < 7) continue;
-      p.first.push_back(full.first[r]);
-      for (int j = 0; j < 3; ++j) p.values.push_back(full.value(r, j));
-      for (int c = 0; c < 2; ++c) p.rhs.push_back(full.side(r, c));
-    }
-    BandedLeastSquares open(12, 3, 2);
-    ASSERT_EQ(fill(p, open), 0);
+    const Problem full = problem(random, 12, 3, 2, false, 0);
+    std::vector<int> rest;  // columns 5 and 6 have no rows
+    for (int i = 0; i < full.rows(); ++i)
+      if (full.first[std::size_t(i)] < 3 || full.first[std::size_t(i)] > 6) rest.push_back(i);
+    Problem p = rowsOf(full, rest);
+    BandedLeastSquares open = p.solver();
+    fill(p, open);
     TtupleVector x;
     EXPECT_EQ(open.solve(&x), 5);
-    ASSERT_EQ(open.undetermined().length(), 2u);
-    EXPECT_TRUE(open.undetermined()(0) == 5 && open.undetermined()(1) == 6);
-    for (int k = 0; k < 2; ++k) {
-      Row row;
-      for (int j = 0; j < 12; ++j) {
-        row.columns.push_back(j);
-        row.values.push_back(make.real(0.1, 1));
-      }
-      row.rhs = {make.real(-1, 1), make.real(-1, 1)};
-      p.constraints.push_back(row);
-    }
-    const TtupleVector y = solved(p);
-    ASSERT_EQ(y.points(), 12);
+    EXPECT_EQ(valuesOf(open.undetermined()), (Values{5, 6}));
+    p.C.reference(random.matrix(2, 12));
+    p.D.reference(random.matrix(2, 2));
+    const DoubleGenMat y = solved(p);
     EXPECT_LT(difference(y, dense(p)), 1e-10);
-    EXPECT_LT(largestMiss(p.constraints, y), 1e-12);
+    EXPECT_LT(constraintMiss(p, y), 1e-12);
   }
 }
 
 TEST(BandedLeastSquares, TellsWhichConstraintsContradict) {
-  Maker make(19);
-  Problem p = make.problem(20, 4, 1, false, 0);
-  p.constraints = {{{3}, {2}, {1}}, {{0, 19}, {1, 1}, {4}}, {{3}, {4}, {2}}};
-  EXPECT_EQ(solved(p).points(), 20);  // the third says what the first does
-  p.constraints[2].rhs = {3};
-  BandedLeastSquares solver(20, 4, 1);
-  ASSERT_EQ(fill(p, solver), 0);
+  Random random(19);
+  Problem p = problem(random, 20, 4, 1, false, 0);
+  p.C.reference(DoubleGenMat(3, 20, 0.0));
+  p.C(0, 3) = 2, p.C(1, 0) = p.C(1, 19) = 1, p.C(2, 3) = 4;
+  p.D.reference(DoubleGenMat(vectorOf({1, 4, 2}), 3, 1));
+  EXPECT_EQ(solved(p).rows(), 20u);  // the third says what the first does
+  p.D(2, 0) = 3;
+  BandedLeastSquares solver = p.solver();
+  fill(p, solver);
   DoubleVec x;
   EXPECT_EQ(solver.solve(&x), 5);
   ASSERT_EQ(solver.conflicting().length(), 1u);
@@ -315,44 +275,43 @@ TEST(BandedLeastSquares, TellsWhichConstraintsContradict) {
 }
 
 TEST(BandedLeastSquares, ResidualsAreThoseOfTheRowsAndMoreRowsMayFollow) {
-  Maker make(23);
-  Problem p = make.problem(15, 4, 2, true, 1);
-  make.constrain(p, 2, false);
-  BandedLeastSquares solver(15, 4, 2, true);
-  ASSERT_EQ(fill(p, solver), 0);
+  Random random(23);
+  const Problem all = problem(random, 15, 4, 2, true, 1);
+  std::vector<int> most(std::size_t(all.rows() - 1));
+  std::iota(most.begin(), most.end(), 0);
+  Problem p = rowsOf(all, most);
+  constrain(random, p, 2, false);
+  BandedLeastSquares solver = p.solver();
+  fill(p, solver);
   TtupleVector x;
   ASSERT_EQ(solver.solve(&x), 0);
+  const DoubleGenMat missed = product(p.A, matrixOf(x)) - p.B;
   for (int c = 0; c < 2; ++c) {
-    double squares = 0;
-    for (std::size_t r = 0; r < p.rows(); ++r) {
-      double residual = -p.side(r, c);
-      for (int j = 0; j < 4; ++j) residual += p.value(r, j) * at(x, p.column(r, j), c);
-      squares += residual * residual;
-    }
+    const double squares = dot(missed.col(c), missed.col(c));
     EXPECT_NEAR(solver.residualSquares()(c), squares, 1e-12 * squares);
   }
-  const double row[] = {1, 2, 3, 4}, side[] = {5, 6};
-  const int first = 13;
-  ASSERT_EQ(solver.addRows(1, &first, row, side), 0);
-  p.first.push_back(first);
-  p.values.insert(p.values.end(), row, row + 4);
-  p.rhs.insert(p.rhs.end(), side, side + 2);
+  DoubleVec last(4);
+  for (int j = 0; j < 4; ++j) last(j) = all.A(all.rows() - 1, (all.first.back() + j) % 15);
+  ASSERT_EQ(solver.addRow(all.first.back(), last, all.B.row(all.rows() - 1)), 0);
   ASSERT_EQ(solver.solve(&x), 0);
-  EXPECT_LT(difference(x, dense(p)), 1e-12);
+  most.push_back(all.rows() - 1);
+  Problem whole = rowsOf(all, most);
+  whole.C.reference(p.C);
+  whole.D.reference(p.D);
+  EXPECT_LT(difference(matrixOf(x), dense(whole)), 1e-12);
 }
 
 TEST(BandedLeastSquares, RefusesWhatDoesNotFit) {
   BandedLeastSquares solver(6, 3, 1);
   const DoubleVec three(3, 1.0), two(2, 1.0), one(1, 1.0);
-  const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(solver.addRow(4, three, one), 4);  // beyond the last span
   EXPECT_EQ(solver.addRow(-1, three, one), 4);
   EXPECT_EQ(solver.addRow(0, two, one), 4);
   EXPECT_EQ(solver.addRow(0, three, two), 4);
-  EXPECT_EQ(solver.addRow(0, DoubleVec(3, nan), one), 4);
-  EXPECT_EQ(solver.addConstraint(columns({0, 0}), two, one), 4);
-  EXPECT_EQ(solver.addConstraint(columns({6}), one, one), 4);
-  EXPECT_EQ(solver.addConstraint(columns({1}), DoubleVec(1, 0.0), one), 4);
+  EXPECT_EQ(solver.addRow(0, DoubleVec(3, std::nan("")), one), 4);
+  EXPECT_EQ(solver.addConstraint(indices({0, 0}), two, one), 4);
+  EXPECT_EQ(solver.addConstraint(indices({6}), one, one), 4);
+  EXPECT_EQ(solver.addConstraint(indices({1}), DoubleVec(1, 0.0), one), 4);
   EXPECT_EQ(solver.rows(), 0u);
   EXPECT_EQ(solver.prescribe(6, one), 4);
   EXPECT_EQ(solver.addRow(3, three, one), 0);
@@ -365,3 +324,4 @@ TEST(BandedLeastSquares, RefusesWhatDoesNotFit) {
 }
 
 }  // namespace
+}  // namespace knotwork::test

@@ -33,8 +33,8 @@ struct Fixed : Base {
 template <class Solver, class... Arguments>
 void expectNormalisationOfItsOwn(Arguments... arguments) {
   Random random(60);
-  const DoubleGenMat a = randomMatrix(random, 9, 4);
-  const DoubleVec rhs = randomVector(random, 9);
+  const DoubleGenMat a = random.matrix(9, 4);
+  const DoubleVec rhs = random.vector(9);
   for (const int flags : {0, 1, 2, 3}) {
     const bool mode = flags & 1, asked = flags & 2;
     Fixed<Solver> solver(mode, arguments...);
@@ -74,8 +74,8 @@ struct Doubling : Thouseholder {
 class HostGrids : public testing::Test {
  protected:
   Random random_{61};
-  const DoubleGenMat u_ = randomMatrix(random_, 6, 3), v_ = randomMatrix(random_, 5, 2),
-                     b_ = randomMatrix(random_, 6, 5);
+  const DoubleGenMat u_ = random_.matrix(6, 3), v_ = random_.matrix(5, 2),
+                     b_ = random_.matrix(6, 5);
   Thouseholder plainU_{1e-13, 0, false}, plainV_{1e-13, 0, false};
   Doubling hostU_, hostV_;
   TsolveTensorProductLsq plain_{plainU_, plainV_}, grid_{hostU_, hostV_};
@@ -150,7 +150,7 @@ TEST(HostClasses, ThatMakeAResultOfAnotherSizeGetACode) {
     }
   } solver;
   Random random(63);
-  ASSERT_EQ(solver.setMatrix(randomMatrix(random, 6, 3), 0, false, false, false), 0);
+  ASSERT_EQ(solver.setMatrix(random.matrix(6, 3), 0, false, false, false), 0);
   DoubleVec x(3, 7.0);
   EXPECT_EQ(solver.solve(DoubleVec(6, 1.0), &x, false), 4);
   EXPECT_EQ(valuesOf(x), Values(3, 7.0));

@@ -39,7 +39,7 @@ void expectSameBits(const DoubleGenMat& a, int constraints, double tolerance, Ra
   EXPECT_TRUE(indices(slow.rowPerm) == fast.*Open::rowPerm);
   EXPECT_TRUE(indices(slow.colPerm) == fast.*Open::colPerm);
   if (code != 0) return;
-  TtupleVector rhs = randomPoints(random, dimension, static_cast<int>(a.rows()));
+  TtupleVector rhs = random.points(dimension, static_cast<int>(a.rows()));
   if (a.rows() > 2) rhs.component(0)(1) = -0.0;
   TtupleVector x(dimension, static_cast<int>(a.cols()), 7.0);
   std::vector<Values> expected;
@@ -59,7 +59,7 @@ TEST(HouseholderBits, RandomSystemsOfEveryShape) {
   for (int turn = 0; turn < 300; ++turn) {
     const int rows = random.below(24), cols = random.below(16), k = random.below(rows + 2);
     SCOPED_TRACE(testing::Message() << rows << "x" << cols << ", " << k << " constraints");
-    DoubleGenMat a = randomMatrix(random, rows, cols);
+    DoubleGenMat a = random.matrix(rows, cols);
     const int zeros = turn % 3 == 0 ? 0 : rows * cols * (turn % 3) / 3;
     for (int z = 0; z < zeros; ++z) a(random.below(rows), random.below(cols)) = 0;
     if (turn % 4 == 1) {  // norms fade, slowly and fast

@@ -33,7 +33,7 @@ TEST(Householder, CorrectedSolutionsAgreeWithThePlainOne) {
   DoubleGenMat a = splineSystem(random, 90, 3, 12);
   a.row(20) = 0.0;  // dropped
   a.col(5) = 0.0;
-  const TtupleVector rhs = randomPoints(random, 2, 93);
+  const TtupleVector rhs = random.points(2, 93);
   for (const bool normalise : {false, true}) {
     Thouseholder solver(1e-14, 0, false);
     EXPECT_EQ(solver.altSolve(rhs, 1).points(), 0);
@@ -45,7 +45,7 @@ TEST(Householder, CorrectedSolutionsAgreeWithThePlainOne) {
       EXPECT_LE(maxValue(abs(corrected.data() - x.data())), turns > 0 ? 1e-11 : 0.0);
       EXPECT_EQ(corrected.point(5)(0), 0.0);
     }
-    EXPECT_EQ(sum(abs(solver.altSolve(randomPoints(random, 2, 7), 2).data())), 0.0);
+    EXPECT_EQ(sum(abs(solver.altSolve(random.points(2, 7), 2).data())), 0.0);
   }
 }
 
@@ -74,7 +74,7 @@ TEST(Householder, ReportsTheProgressOfBothPhases) {
   } reporter;
   Random random(18);
   Thouseholder solver(reporter, 1e-12, 0, false);
-  ASSERT_EQ(solver.setMatrix(randomMatrix(random, 260, 220), 110, false, false, false), 0);
+  ASSERT_EQ(solver.setMatrix(random.matrix(260, 220), 110, false, false, false), 0);
   EXPECT_EQ(reporter.lines,
             " Region cutoff value set to 0.000000\n" + progressOf(110, 220) + progressOf(110, 260));
 }
@@ -86,7 +86,7 @@ TEST(Householder, ReferringTakesOverEveryMember) {
   TsolverReporter reporter(true);
   Thouseholder original(reporter, 1e-3, 2, true), other(1e-12, 0, false);
   original.*Open::copyRhs = false;
-  ASSERT_EQ(original.setMatrix(randomMatrix(random, 9, 4), indices({2}), 1, true, true, false), 0);
+  ASSERT_EQ(original.setMatrix(random.matrix(9, 4), indices({2}), 1, true, true, false), 0);
   Thouseholder copy(original);
   other.reference(original);
   for (const Thouseholder* s : {&copy, &other}) {
@@ -103,12 +103,12 @@ template <class Solver>
 void expectCopiesToStand(Solver original) {
   Random random(29);
   Solver referring(original);
-  ASSERT_EQ(original.setMatrix(randomMatrix(random, 9, 4), 1, true, false, false), 0);
-  const DoubleVec rhs = randomVector(random, 9), x = original.solve(rhs);
+  ASSERT_EQ(original.setMatrix(random.matrix(9, 4), 1, true, false, false), 0);
+  const DoubleVec rhs = random.vector(9), x = original.solve(rhs);
   Solver copy(original), deepened(original);
   referring.reference(original);
   deepened.deepenShallowCopy();
-  ASSERT_EQ(original.setMatrix(randomMatrix(random, 9, 4), 0, false, false, false), 0);
+  ASSERT_EQ(original.setMatrix(random.matrix(9, 4), 0, false, false, false), 0);
   for (const Solver* s : {&copy, &referring, &deepened}) EXPECT_TRUE(s->solve(rhs) == x);
 }
 

@@ -54,12 +54,11 @@ struct Bench {
   Listener listener;
   Solver u, v, copy;
   TsolveTensorProductLsq grid{u, v};
-  DoubleGenMat a = randomMatrix(random, 9, 4), other = randomMatrix(random, 7, 3);
-  DoubleVec rhs = randomVector(random, 9), x = randomVector(random, 4), damped;
-  TtupleVector points = randomPoints(random, 6, 9), found = randomPoints(random, 6, 4),
-               line{2, 3, 7.0};
-  DoubleGenMat data = randomMatrix(random, 9, 7), net = randomMatrix(random, 4, 3);
-  DoubleVec flatData = randomVector(random, 126), flatNet = randomVector(random, 24);
+  DoubleGenMat a = random.matrix(9, 4), other = random.matrix(7, 3);
+  DoubleVec rhs = random.vector(9), x = random.vector(4), damped;
+  TtupleVector points = random.points(6, 9), found = random.points(6, 4), line{2, 3, 7.0};
+  DoubleGenMat data = random.matrix(9, 7), net = random.matrix(4, 3);
+  DoubleVec flatData = random.vector(126), flatNet = random.vector(24);
   TtupleMatrix pointData{2, 9, 7, flatData}, pointNet{2, 4, 3, flatNet};
   IntGenMat mask{4, 3, 0};
   IntVec fixed = indices({2}), rows, cols;

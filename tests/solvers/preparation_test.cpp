@@ -16,7 +16,7 @@ namespace {
 
 TEST(Preparation, LeavesTheMatrixGivenAloneAndAcceptsTheSolversOwn) {
   Random random(20);
-  DoubleGenMat a = randomMatrix(random, 6, 3);
+  DoubleGenMat a = random.matrix(6, 3);
   a(2, 1) = 1e-5;
   const DoubleGenMat before = a.copy();
   Thouseholder solver(1e-3, 2, true);
@@ -45,11 +45,11 @@ TEST(Prescribed, ValuesComeBackBitForBitAndTheRestSolvesWithoutThem) {
   Random random(23);
   for (const bool drops : {false, true}) {
     for (const bool normalises : {false, true}) {
-      DoubleGenMat a = randomMatrix(random, 30, 8);
+      DoubleGenMat a = random.matrix(30, 8);
       if (drops) a.row(4) = 0.0;
       Thouseholder solver(1e-12, 0, true);
       ASSERT_EQ(solver.setMatrix(a, indices({1, 6}), 2, normalises, true, false), 0);
-      const TtupleVector rhs = randomPoints(random, 2, 30), given = randomPoints(random, 2, 8);
+      const TtupleVector rhs = random.points(2, 30), given = random.points(2, 8);
       TtupleVector x = given.copy();
       ASSERT_EQ(solver.solve(rhs, &x, true), 0);
       const DoubleVec prescribed = given.component(1), found = x.component(1);
@@ -61,7 +61,7 @@ TEST(Prescribed, ValuesComeBackBitForBitAndTheRestSolvesWithoutThem) {
         EXPECT_TRUE(!isFixed || y(j) == 0.0);
       }
       // Without dropped rows, data beyond the system leave open what is subtracted where.
-      EXPECT_EQ(solver.solve(randomPoints(random, 2, 31), &x, true), drops ? 0 : 4);
+      EXPECT_EQ(solver.solve(random.points(2, 31), &x, true), drops ? 0 : 4);
     }
   }
 }
@@ -69,10 +69,10 @@ TEST(Prescribed, ValuesComeBackBitForBitAndTheRestSolvesWithoutThem) {
 TEST(Solve, WritesTheResultOnlyWhenItIsOneAndMayWriteOverTheRightHandSide) {
   Random random(25);
   Thouseholder solver(1e-12, 0, false);
-  DoubleVec x(2, 7.0), b = randomVector(random, 5);
+  DoubleVec x(2, 7.0), b = random.vector(5);
   const DoubleVec view(b);
   EXPECT_EQ(solver.solve(b, &x, false), 5);  // nothing set yet
-  ASSERT_EQ(solver.setMatrix(randomMatrix(random, 5, 5), 0, false, false, false), 0);
+  ASSERT_EQ(solver.setMatrix(random.matrix(5, 5), 0, false, false, false), 0);
   EXPECT_EQ(solver.solve(DoubleVec(4, 1.0), &x, false), 4);
   EXPECT_EQ(valuesOf(x), Values(2, 7.0));
   EXPECT_EQ(solver.solve(b, &x, false), 0);
@@ -84,9 +84,9 @@ TEST(Solve, WritesTheResultOnlyWhenItIsOneAndMayWriteOverTheRightHandSide) {
 TEST(Solve, WorksOnTheCallersRightHandSideIfToldToUnlessValuesArePrescribed) {
   Random random(26);
   Thouseholder solver(1e-12, 0, true);
-  const DoubleGenMat a = randomMatrix(random, 6, 3);
+  const DoubleGenMat a = random.matrix(6, 3);
   ASSERT_EQ(solver.setMatrix(a, 1, false, false, false), 0);
-  const DoubleVec rhs = randomVector(random, 6), x = solver.solve(rhs);
+  const DoubleVec rhs = random.vector(6), x = solver.solve(rhs);
   solver.*Open::copyRhs = false;
   DoubleVec used = rhs.copy(), prescribed(3, 1.0);
   EXPECT_TRUE(solver.solve(used) == x && used != rhs);
@@ -101,9 +101,8 @@ TEST(BadInput, NothingUsableLeavesOldListsThatNothingReadsPast) {
   for (const int cols : {2, 5, 19, 25}) {
     Thouseholder solver(1e-12, 0, true);
     const IntVec all(static_cast<unsigned>(cols), 0, 1);
-    ASSERT_EQ(solver.setMatrix(randomMatrix(random, 30, 20), indices({3}), 0, 0, true, 0), 0);
-    EXPECT_EQ(solver.setMatrix(randomMatrix(random, cols + 3, cols), all, 0, false, true, false),
-              0);
+    ASSERT_EQ(solver.setMatrix(random.matrix(30, 20), indices({3}), 0, 0, true, 0), 0);
+    EXPECT_EQ(solver.setMatrix(random.matrix(cols + 3, cols), all, 0, false, true, false), 0);
     DoubleVec x(all.length(), 1.0);
     for (const bool keep : {false, true}) EXPECT_EQ(solver.solve(DoubleVec(40), &x, keep), 4);
     EXPECT_EQ(solver.solve(DoubleVec(all.length() + 3), &x, true), 4);
@@ -182,10 +181,10 @@ TEST(NotANumber, IsNeverASolutionOfAConstantMatrix) {
 
 TEST(NotANumber, IsNoSolutionWhereverItCameFrom) {
   Random random(31);
-  const DoubleGenMat a = randomMatrix(random, 7, 4);
+  const DoubleGenMat a = random.matrix(7, 4);
   DoubleGenMat broken = a.copy();
   broken(2, 3) = std::nan("");
-  TtupleVector rhs = randomPoints(random, 2, 7);
+  TtupleVector rhs = random.points(2, 7);
   rhs.point(6)(1) = std::nan("");
   BothSolvers both;
   for (TsolveConstrainedLsq* s : both.all) {

@@ -36,7 +36,7 @@ TEST(TensorProduct, KeepsPrescribedUnknownsAndRecoversTheOthers) {
   const DoubleGenMat u = splineSystem(random, 40, 2, 9), v = splineSystem(random, 30, 2, 7);
   for (const int outOf : {1, 2, 5, 1000}) {
     for (const double tolerance : {1e-13, 1e-4}) {
-      const DoubleGenMat net = randomMatrix(random, 9, 7);
+      const DoubleGenMat net = random.matrix(9, 7);
       const IntGenMat mask = randomMask(random, 9, 7, outOf);
       DoubleGenMat x = net.copy();
       for (int i = 0; i < 63; ++i)
@@ -60,13 +60,12 @@ TEST(TensorProduct, KeepsPrescribedUnknownsAndRecoversTheOthers) {
 
 TEST(TensorProduct, WithTheSameRowsPrescribedEverywhereFindsTheJointMinimum) {
   Random random(44);
-  const DoubleGenMat v = randomMatrix(random, 9, 4), b = randomMatrix(random, 12, 9),
-                     anyU = randomMatrix(random, 12, 5);
+  const DoubleGenMat v = random.matrix(9, 4), b = random.matrix(12, 9), anyU = random.matrix(12, 5);
   IntGenMat mask(5, 4, 0);
   mask.row(1) = mask.row(3) = 1;
   // Without a positive entry cleaning cannot take columns out: the free ones are handed over.
   for (const DoubleGenMat& u : {anyU, -abs(anyU)}) {
-    DoubleGenMat x = randomMatrix(random, 5, 4);
+    DoubleGenMat x = random.matrix(5, 4);
     ASSERT_EQ(Grid().grid.solveFixed(u, v, mask, b, &x), 0);
     // The gradient U' (U X V' - B) V vanishes in the free rows.
     const DoubleGenMat misfit = transProduct(product(u, x), v) - b;
@@ -78,8 +77,8 @@ TEST(TensorProduct, WithTheSameRowsPrescribedEverywhereFindsTheJointMinimum) {
 
 TEST(TensorProduct, ShapesThatDoNotFitGiveCodesAndChangeNothing) {
   Random random(46);
-  const DoubleGenMat u = randomMatrix(random, 6, 3), v = randomMatrix(random, 5, 2),
-                     singular(5, 2, 0.0), b(6, 5, 1.0);
+  const DoubleGenMat u = random.matrix(6, 3), v = random.matrix(5, 2), singular(5, 2, 0.0),
+                     b(6, 5, 1.0);
   Grid g;
   const TsolveTensorProductLsq& grid = g.grid;
   DoubleGenMat x(3, 2, 7.0), wide(3, 4, 7.0), none(3, 0);

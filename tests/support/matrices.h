@@ -5,36 +5,17 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "knotwork/matrix/double_gen_mat.h"
+#include "support/random.h"
 #include "support/values.h"
 
 namespace knotwork::test {
 
 inline constexpr double kEps = std::numeric_limits<double>::epsilon();
-
-/// Numbers from -1 to 1 with full mantissas.
-class Random {
- public:
-  explicit Random(unsigned seed) : bits_(seed) {}
-  double number() { return static_cast<double>(bits_() >> 10) * 0x1p-53 - 1.0; }
-  int below(int bound) { return static_cast<int>(bits_() % static_cast<unsigned>(bound)); }
-  DoubleVec vector(unsigned n) {
-    DoubleVec v(n);
-    for (int i = 0; i < static_cast<int>(n); ++i) v(i) = number();
-    return v;
-  }
-  DoubleGenMat matrix(unsigned rows, unsigned cols) {
-    return DoubleGenMat(vector(rows * cols), rows, cols);
-  }
-
- private:
-  std::mt19937_64 bits_;
-};
 
 inline DoubleGenMat identity(unsigned n) {
   DoubleGenMat m(n, n, 0.0);
