@@ -4,53 +4,24 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 #include "knotwork/decomp/double_gen_fact.h"
 #include "knotwork/decomp/double_least_sq_ch.h"
 #include "knotwork/decomp/double_least_sq_inc.h"
 #include "knotwork/decomp/double_least_sq_qr.h"
 #include "knotwork/decomp/double_sv_decomp.h"
 #include "support/recorded_errors.h"
-#include "support/values.h"
 
 namespace {
 
-using knotwork::test::GoldenItem;
-using knotwork::test::GoldenStep;
+using namespace knotwork::test;
 
-Values valuesOf(double value) { return {value}; }
-Values valuesOf(const Values& values) { return values; }
-Values valuesOf(const DoubleGenMat& m) { return ::valuesOf(m.dataVec()); }
-using ::valuesOf;
+struct Case : GoldenCheck {
+  explicit Case(const GoldenStep& step) : GoldenCheck(step, true) {}
 
-/// A case under test: inputs by name; results compared if it has them, and counted.
-class Case {
- public:
-  explicit Case(const GoldenStep& step) : step_(step) {}
-
-  bool has(const std::string& name) const { return step_.hasIn(name); }
-  const Values& values(const std::string& name) const { return step_.in(name).values; }
-  std::vector<int> ints(const std::string& name) const { return step_.in(name).ints(); }
-  DoubleGenMat matrix(const std::string& name) const {
-    const GoldenItem& item = step_.in(name);
-    return DoubleGenMat(item.values.data(), static_cast<unsigned>(item.rows),
-                        static_cast<unsigned>(item.cols));
-  }
-
-  template <class T>
-  void is(const std::string& name, const T& result) {
-    if (!step_.hasOut(name)) return;
-    const Values got = valuesOf(result), &want = step_.out(name).values;
-    const auto same = [](double x, double y) { return x == y || (std::isnan(x) && std::isnan(y)); };
-    EXPECT_TRUE(std::equal(got.begin(), got.end(), want.begin(), want.end(), same))
-        << name << testing::PrintToString(got) << "\nnot " << testing::PrintToString(want);
-    ++compared_;
-  }
   /// f of every column of the input B, side by side.
   template <class F>
   void isOfColumns(const std::string& name, F f) {
-    if (!step_.hasOut(name)) return;
+    if (!wants(name)) return;
     Values all;
     const DoubleGenMat B = matrix("B");
     for (int j = 0; j < static_cast<int>(B.cols()); ++j)
@@ -69,17 +40,6 @@ class Case {
       compare(suffix);
     }
   }
-
-  /// Results of the case that nobody asked for are missed here.
-  int compared() const {
-    const auto isResult = [](const GoldenItem& item) { return item.isResult; };
-    EXPECT_EQ(compared_, std::count_if(step_.items.begin(), step_.items.end(), isResult));
-    return compared_;
-  }
-
- private:
-  const GoldenStep& step_;
-  int compared_ = 0;
 };
 
 std::string suffixOf(int i) { return "_" + std::to_string(i); }
@@ -121,7 +81,7 @@ void isInfo(Case& c, const std::string& name, const DoubleGenMat& R, int k, Solv
     RecordedErrors errors;
     solve(b);
     EXPECT_EQ(errors.all().size(), k > 0 ? 1u : 0u);
-    return double(k);
+    return DoubleVec(1, k);
   });
 }
 
@@ -199,7 +159,7 @@ void runShifts(Case& c, DoubleChDecomp& ch) {
 
 void runRowChanges(Case& c, DoubleChDecomp& ch) {
   DoubleGenMat Z = c.matrix("Z");
-  DoubleVec rho = vectorOf(c.values("rho"));
+  DoubleVec rho = c.vector("rho");
   Values info;
   for (const int op : c.ints("ops")) {
     const int i = static_cast<int>(info.size());
@@ -224,7 +184,7 @@ void runCh(Case& c) {
   c.factorAll(ch, [&](const std::string& suffix) { isState(c, suffix, ch); });
   if (c.has("shifts")) return runShifts(c, ch);
   if (c.has("ops")) return runRowChanges(c, ch);
-  const DoubleVec b = vectorOf(c.values("b"));
+  const DoubleVec b = c.vector("b");
   c.is("x", ch.solve(b));
   if (!c.has("ns")) return;
   for (const int n : c.ints("ns"))
@@ -293,14 +253,14 @@ void run(const std::string& className, Case& c) {
 
 TEST(LinpackGolden, EveryResultIsEqualAsANumber) {
   const RecordedErrors errors;
-  const std::vector<std::string> files = knotwork::test::goldenFiles("linpack");
+  const std::vector<std::string> files = goldenFiles("linpack");
   int compared = 0;
   for (const std::string& file : files) {
     SCOPED_TRACE(file);
-    const auto golden = knotwork::test::readGolden(file);
+    const auto golden = readGolden(file);
     Case c(golden.steps.at(0));
     run(golden.className, c);
-    compared += c.compared();
+    compared += c.finish();
   }
   EXPECT_EQ(files.size(), 48u);
   EXPECT_EQ(compared, 596);

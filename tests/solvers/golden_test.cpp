@@ -20,56 +20,16 @@
 namespace knotwork::test {
 namespace {
 
-using Item = GoldenItem;
-using Step = GoldenStep;
-
-// ---- Between items and the library's classes ----------------------------------------------------
-
-DoubleVec vectorIn(const Item& item) { return vectorOf(item.values); }
-
-IntVec indicesIn(const Item& item) { return indices(item.ints()); }
-
-DoubleGenMat matrixIn(const Item& item) {
-  return DoubleGenMat(item.values.data(), unsigned(item.rows), unsigned(item.cols));
-}
-
-TtupleVector pointsIn(const Item& item) {
-  return TtupleVector(item.rows, item.cols, item.values.data());
-}
-
-bool flag(const Step& step, const char* name) { return step.in(name).toInt() != 0; }
-
-int compared = 0;
-
-// The result of that name, where the case has it.
-template <class Result>
-void expectOut(const Step& step, const char* name, const Result& result) {
-  if (!step.hasOut(name)) return;
-  ++compared;
-  SCOPED_TRACE(name);
-  Values got;
-  if constexpr (std::is_arithmetic_v<Result>) {
-    got = {double(result)};
-  } else if constexpr (std::is_same_v<Result, DoubleGenMat>) {
-    got = valuesOf(result.dataVec());
-  } else {
-    got = valuesOf(result);
+struct Check : GoldenCheck {
+  explicit Check(const GoldenStep& step) : GoldenCheck(step, false), object(step.object) {}
+  bool flag(std::string_view name) const { return integer(name) != 0; }
+  IntVec list(std::string_view name) const { return indices(ints(name)); }
+  void isCode(int code, const auto& x) {
+    is("code", code);
+    if (code == 0) is("x", x);
   }
-  const Item& want = step.out(name);
-  ASSERT_EQ(want.values.size(), got.size());
-  double scale = 0;
-  for (double value : want.values) scale = std::max(scale, std::abs(value));
-  const double tolerance =
-      want.tolerance == "exact" ? 0 : std::stod(want.tolerance) * (scale == 0 ? 1 : scale);
-  for (std::size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], want.values[i], tolerance) << i;
-}
-
-void expectCode(const Step& step, int code, const DoubleVec& x) {
-  expectOut(step, "code", code);
-  if (code == 0) expectOut(step, "x", x);
-}
-
-// ---- Operations ---------------------------------------------------------------------------------
+  int object;
+};
 
 class Case {
  public:
@@ -78,9 +38,9 @@ class Case {
     EXPECT_EQ(Thouseholder(1e-12, 0, false).setMatrix(DoubleGenMat(), 0, 0, 0, 0), 0);
   }
 
-  void run(const Step& step) {
+  void run(const GoldenStep& step) {
     SCOPED_TRACE(step.operation);
-    static const std::map<std::string, void (Case::*)(const Step&)> operations = {
+    static const std::map<std::string, void (Case::*)(Check&)> operations = {
         {"new", &Case::make},
         {"setTolerance", &Case::setTolerance},
         {"setMatrix", &Case::setMatrix},
@@ -95,146 +55,139 @@ class Case {
         {"tensorSolveFixed", &Case::tensorSolveFixed}};
     const auto operation = operations.find(step.operation);
     ASSERT_NE(operation, operations.end());
-    compared = 0;
-    (this->*operation->second)(step);
-    EXPECT_EQ(compared, std::count_if(step.items.begin(), step.items.end(), [](const Item& item) {
-                return item.isResult && item.name != "report";
-              }));
+    Check check(step);
+    (this->*operation->second)(check);
+    check.finish();
   }
 
  private:
-  TsolveConstrainedLsq& solver(const Step& step) { return *solvers_.at(step.object); }
-  TsolveTensorProductLsq& tensor(const Step& step) { return *tensors_.at(step.object); }
+  TsolveConstrainedLsq& solver(Check& c) { return *solvers_.at(c.object); }
+  TsolveTensorProductLsq& tensor(Check& c) { return *tensors_.at(c.object); }
 
-  void make(const Step& step) {
-    const std::string kind = step.in("kind").text;
+  void make(Check& c) {
+    const std::string kind = c.item("kind").text;
     if (kind == "TsolveTensorProductLsq") {
-      tensors_[step.object] = std::make_unique<TsolveTensorProductLsq>(
-          *solvers_.at(step.in("u").toInt()), *solvers_.at(step.in("v").toInt()));
+      tensors_[c.object] = std::make_unique<TsolveTensorProductLsq>(*solvers_.at(c.integer("u")),
+                                                                    *solvers_.at(c.integer("v")));
       return;
     }
-    reporters_.push_back(std::make_unique<TsolverReporter>(!flag(step, "verbose")));
+    reporters_.push_back(std::make_unique<TsolverReporter>(!c.flag("verbose")));
     TsolverReporter& reporter = *reporters_.back();
-    const double tolerance = step.in("tolerance").values[0];
-    const bool keep = flag(step, "keepOriginal");
-    auto& made = solvers_[step.object];
+    const double tolerance = c.number("tolerance");
+    const bool keep = c.flag("keepOriginal");
+    auto& made = solvers_[c.object];
     if (kind == "Thouseholder") {
-      const int maxNonZeros = step.in("maxNonZeros").toInt();
+      const int maxNonZeros = c.integer("maxNonZeros");
       made = std::make_unique<Thouseholder>(reporter, tolerance, maxNonZeros, keep);
     } else {
       made = std::make_unique<TsolveConstrainedLsqQR>(reporter, tolerance, keep);
     }
   }
 
-  void setTolerance(const Step& step) { solver(step).tolerance() = step.in("value").values[0]; }
+  void setTolerance(Check& c) { solver(c).tolerance() = c.number("value"); }
 
-  void setMatrix(const Step& step) {
-    TsolveConstrainedLsq& s = solver(step);
-    const DoubleGenMat a = matrixIn(step.in("A"));
-    const IntVec fixed = step.hasIn("fixedCols") ? indicesIn(step.in("fixedCols")) : IntVec();
-    const bool cleans = flag(step, "cleanZeros");
-    expectOut(step, "code",
-              s.setMatrix(a, fixed, step.in("constraintRows").toInt(), flag(step, "normalise"),
-                          cleans, flag(step, "findCutoff")));
+  void setMatrix(Check& c) {
+    TsolveConstrainedLsq& s = solver(c);
+    const DoubleGenMat a = c.matrix("A");
+    const IntVec fixed = c.has("fixedCols") ? c.list("fixedCols") : IntVec();
+    const bool cleans = c.flag("cleanZeros");
+    c.is("code", s.setMatrix(a, fixed, c.integer("constraintRows"), c.flag("normalise"), cleans,
+                             c.flag("findCutoff")));
     DoubleGenMat clamped = a.copy();
     if (cleans) clamped.dataVec().clampZero(0.001);
-    expectOut(step, "estimate", Open::estimate(clamped));
-    expectOut(step, "tolerance", std::as_const(s).tolerance());
-    expectOut(step, "totalRows", s.totalRows());
-    expectOut(step, "totalCols", s.totalCols());
-    expectOut(step, "usedRowIndex", s.*Open::usedRowIndex);
-    expectOut(step, "usedColIndex", s.usedColIndex());
-    expectOut(step, "constraintRows", s.*Open::constraintRows);
-    expectOut(step, "isNormalised", s.isNormalised());
-    expectOut(step, "rhsMult", s.rhsMult());
-    expectOut(step, "prepared", s.*Open::matrix);
-    if (auto* householder = dynamic_cast<Thouseholder*>(&s)) expectFactor(step, *householder);
+    c.is("estimate", Open::estimate(clamped));
+    c.is("tolerance", std::as_const(s).tolerance());
+    c.is("totalRows", s.totalRows());
+    c.is("totalCols", s.totalCols());
+    c.is("usedRowIndex", s.*Open::usedRowIndex);
+    c.is("usedColIndex", s.usedColIndex());
+    c.is("constraintRows", s.*Open::constraintRows);
+    c.is("isNormalised", s.isNormalised());
+    c.is("rhsMult", s.rhsMult());
+    c.is("prepared", s.*Open::matrix);
+    if (auto* householder = dynamic_cast<Thouseholder*>(&s)) expectFactor(c, *householder);
   }
 
-  static void expectFactor(const Step& step, const Thouseholder& s) {
+  static void expectFactor(Check& c, const Thouseholder& s) {
     const DoubleGenMat& f = s.*Open::factorMatrix;
     const int rows = static_cast<int>(f.rows()), first = std::max(0, rows - int(f.cols()));
     const auto pivots = [&](const DoubleVec& v) {
       return v.slice(first, unsigned(rows - first), 1);
     };
-    expectOut(step, "sigma", pivots(s.*Open::sigma));
-    expectOut(step, "beta", pivots(s.*Open::beta));
-    expectOut(step, "rowPerm", s.*Open::rowPerm);
-    expectOut(step, "colPerm", s.*Open::colPerm);
-    expectOut(step, "factor", f);
+    c.is("sigma", pivots(s.*Open::sigma));
+    c.is("beta", pivots(s.*Open::beta));
+    c.is("rowPerm", s.*Open::rowPerm);
+    c.is("colPerm", s.*Open::colPerm);
+    c.is("factor", f);
   }
 
-  void solve(const Step& step) {
-    const Item& rhs = step.in("rhs");
-    const bool isGiven = step.hasIn("x");
-    const int cols = solver(step).totalCols();
-    if (step.in("form").text == "vector") {
-      solveFor(step, vectorIn(rhs),
-               isGiven ? vectorIn(step.in("x")) : DoubleVec(unsigned(cols), 0.0));
+  void solve(Check& c) {
+    const GoldenItem& rhs = c.item("rhs");
+    const bool isGiven = c.has("x");
+    const int cols = solver(c).totalCols();
+    if (c.item("form").text == "vector") {
+      solveFor(c, c.vector("rhs"), isGiven ? c.vector("x") : DoubleVec(unsigned(cols), 0.0));
     } else {
-      solveFor(step, pointsIn(rhs),
-               isGiven ? pointsIn(step.in("x")) : TtupleVector(rhs.rows, cols, 0.0));
+      solveFor(c, c.points("rhs"), isGiven ? c.points("x") : TtupleVector(rhs.rows, cols, 0.0));
     }
   }
 
   template <class Side>
-  void solveFor(const Step& step, const Side& rhs, Side x) {
-    Side* const result = step.hasIn("nullX") ? nullptr : &x;
-    const int code = solver(step).solve(rhs, result, flag(step, "keepValues"));
-    expectCode(step, code, x);
+  void solveFor(Check& c, const Side& rhs, Side x) {
+    Side* const result = c.has("nullX") ? nullptr : &x;
+    const int code = solver(c).solve(rhs, result, c.flag("keepValues"));
+    c.isCode(code, x);
   }
 
-  void valueSolve(const Step& step) {
-    const Item& rhs = step.in("rhs");
-    const DoubleVec x = rhs.rows == 1 ? solver(step).solve(vectorIn(rhs))
-                                      : solver(step).solve(pointsIn(rhs)).data();
-    expectOut(step, "points", static_cast<int>(x.length()) / rhs.rows);
-    expectOut(step, "x", x);
+  void valueSolve(Check& c) {
+    const GoldenItem& rhs = c.item("rhs");
+    const DoubleVec x =
+        rhs.rows == 1 ? solver(c).solve(c.vector("rhs")) : solver(c).solve(c.points("rhs")).data();
+    c.is("points", static_cast<int>(x.length()) / rhs.rows);
+    c.is("x", x);
   }
 
-  void solveInPlace(const Step& step) {
-    DoubleVec rhs = vectorIn(step.in("rhs"));
-    DoubleVec x(unsigned(step.in("length").toInt()), 0.0);
-    const int code = solver(step).solveInPlace(rhs, &x);
-    expectCode(step, code, x);
+  void solveInPlace(Check& c) {
+    DoubleVec rhs = c.vector("rhs");
+    DoubleVec x(unsigned(c.integer("length")), 0.0);
+    const int code = solver(c).solveInPlace(rhs, &x);
+    c.isCode(code, x);
   }
 
-  void altMatrix(const Step& step) { expectOut(step, "alt", solver(step).altMatrix()); }
+  void altMatrix(Check& c) { c.is("alt", solver(c).altMatrix()); }
 
-  void findZero(const Step& step) {
+  void findZero(Check& c) {
     IntVec rows, cols;
-    const IntVec fixed = indicesIn(step.in("fixedCols"));
-    const double tolerance = step.in("tolerance").values[0];
-    expectOut(step, "found",
-              TsolveSystems::findZero(matrixIn(step.in("A")), fixed, rows, cols, tolerance));
-    expectOut(step, "usedRowIndex", rows);
-    expectOut(step, "usedColIndex", cols);
+    const IntVec fixed = c.list("fixedCols");
+    const double tolerance = c.number("tolerance");
+    c.is("found", TsolveSystems::findZero(c.matrix("A"), fixed, rows, cols, tolerance));
+    c.is("usedRowIndex", rows);
+    c.is("usedColIndex", cols);
   }
 
-  void trySVD(const Step& step) {
-    const DoubleGenMat a = matrixIn(step.in("A"));
-    expectOut(step, "singularValues", DoubleSVDecomp(a).singularValues());
-    expectOut(step, "estimate", Open::estimate(a));
+  void trySVD(Check& c) {
+    const DoubleGenMat a = c.matrix("A");
+    c.is("singularValues", DoubleSVDecomp(a).singularValues());
+    c.is("estimate", Open::estimate(a));
   }
 
-  void tensorSetMatrix(const Step& step) {
-    const std::vector<int> k = step.in("constraintRows").ints(), f = step.in("flags").ints();
-    TsolveTensorProductLsq& t = tensor(step);
-    expectOut(step, "code",
-              t.setMatrix(matrixIn(step.in("U")), matrixIn(step.in("V")), k[0], k[1], f[0], f[1],
-                          f[2], f[3], f[4], f[5]));
-    expectOut(step, "dependentU", t.solverInU().isDependent());
-    expectOut(step, "dependentV", t.solverInV().isDependent());
+  void tensorSetMatrix(Check& c) {
+    const std::vector<int> k = c.ints("constraintRows"), f = c.ints("flags");
+    TsolveTensorProductLsq& t = tensor(c);
+    c.is("code",
+         t.setMatrix(c.matrix("U"), c.matrix("V"), k[0], k[1], f[0], f[1], f[2], f[3], f[4], f[5]));
+    c.is("dependentU", t.solverInU().isDependent());
+    c.is("dependentV", t.solverInV().isDependent());
   }
 
   // Calls a form of the tensor-product solver with (data, result): grids of numbers or of points.
   template <class Call>
-  static void callTensor(const Step& step, Call call) {
-    const int dimension = step.in("bDim").toInt();
+  static void callTensor(Check& c, Call call) {
+    const int dimension = c.integer("bDim");
     const auto gridIn = [&](const char* name, const char* shape) {
-      const std::vector<int> size = step.in(shape).ints();
+      const std::vector<int> size = c.ints(shape);
       TtupleMatrix grid(dimension, size[0], size[1], 0.0);
-      if (step.hasIn(name)) grid.data() = vectorIn(step.in(name));
+      if (c.has(name)) grid.data() = c.vector(name);
       return grid;
     };
     TtupleMatrix b = gridIn("b", "bShape"), x = gridIn("x", "xShape");
@@ -245,18 +198,18 @@ class Case {
     } else {
       code = call(b, &x);
     }
-    expectCode(step, code, x.data());
+    c.isCode(code, x.data());
   }
 
-  void tensorSolve(const Step& step) {
-    callTensor(step, [&](const auto& b, auto* x) { return tensor(step).solve(b, x); });
+  void tensorSolve(Check& c) {
+    callTensor(c, [&](const auto& b, auto* x) { return tensor(c).solve(b, x); });
   }
 
-  void tensorSolveFixed(const Step& step) {
-    const Item& mask = step.in("mask");
-    const IntGenMat fixed(indicesIn(mask), unsigned(mask.rows), unsigned(mask.cols));
-    callTensor(step, [&](const auto& b, auto* x) {
-      return tensor(step).solveFixed(matrixIn(step.in("U")), matrixIn(step.in("V")), fixed, b, x);
+  void tensorSolveFixed(Check& c) {
+    const GoldenItem& mask = c.item("mask");
+    const IntGenMat fixed(c.list("mask"), unsigned(mask.rows), unsigned(mask.cols));
+    callTensor(c, [&](const auto& b, auto* x) {
+      return tensor(c).solveFixed(c.matrix("U"), c.matrix("V"), fixed, b, x);
     });
   }
 
@@ -272,9 +225,9 @@ TEST(SolversGolden, EveryCaseAgrees) {
     if (golden.className == "TnumberSequence") continue;
     SCOPED_TRACE(golden.name + ": " + golden.about);
     Case state;
-    for (const Step& step : golden.steps) {
+    for (const GoldenStep& step : golden.steps) {
       std::string reports;
-      for (const Item& item : step.items) {
+      for (const GoldenItem& item : step.items) {
         if (item.isResult && item.name == "report") reports += item.text + "\n";
       }
       testing::internal::CaptureStderr();

@@ -2,6 +2,10 @@
 // Reads golden cases.
 #include "support/golden.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -94,6 +98,29 @@ const GoldenItem& GoldenStep::get(std::string_view name, bool isResult) const {
 
 const GoldenItem& GoldenStep::in(std::string_view name) const { return get(name, false); }
 const GoldenItem& GoldenStep::out(std::string_view name) const { return get(name, true); }
+
+void GoldenCheck::is(std::string_view name, const Values& got) {
+  if (!wants(name)) return;
+  ++compared_;
+  const GoldenItem& want = step_.out(name);
+  double margin = 0;
+  if (!exactly_ && want.tolerance != "exact") {
+    for (const double value : want.values) margin = std::max(margin, std::abs(value));
+    margin = std::stod(want.tolerance) * (margin == 0 ? 1 : margin);
+  }
+  const auto same = [margin](double x, double y) {
+    return x == y || std::abs(x - y) <= margin || (std::isnan(x) && std::isnan(y));
+  };
+  EXPECT_TRUE(std::ranges::equal(got, want.values, same))
+      << name << testing::PrintToString(got) << "\nnot " << testing::PrintToString(want.values);
+}
+
+int GoldenCheck::finish() const {
+  EXPECT_EQ(compared_, std::ranges::count_if(step_.items, [](const GoldenItem& item) {
+              return item.isResult && item.name != "report";
+            }));
+  return compared_;
+}
 
 GoldenCase readGolden(const std::string& path) {
   Reader reader(path);
