@@ -7,6 +7,7 @@
 #include <memory>
 #include <numeric>
 #include <random>
+#include <tuple>
 #include <unordered_map>
 #include <vector>
 
@@ -20,7 +21,7 @@ namespace {
 // One face of all three: the vertex table's is adapted, the standard one's taken as it is.
 struct Knotwork {
   TvertDataIndexTable table;
-  void insert(int key, int data) { table.insert(key, data); }
+  void insert(int key, int data) { std::ignore = table.insert(key, data); }
   int find(int key) { return *table.find(key); }
   void remove(int key) { table.remove(key); }
   long sum() {
@@ -53,7 +54,7 @@ std::vector<int> shuffledKeys(const benchmark::State& state) {
 template <class Table>
 std::unique_ptr<Table> filled(const std::vector<int>& keys) {
   auto table = std::make_unique<Table>();
-  for (const int key : keys) table->insert(key, 2 * key);
+  for (const int key : keys) std::ignore = table->insert(key, 2 * key);
   return table;
 }
 

@@ -81,6 +81,11 @@ struct Packed {
         n(static_cast<int>(order)),
         m(packed, order, order) {}
   double at(int i, int j) const { return packed(i * (i + 1) / 2 + j); }
+  double storedRowTimesV(int i) const {
+    double total = 0.0;
+    for (int j = 0; j <= i; ++j) total += at(i, j) * v(j);
+    return total;
+  }
   const double* result() const { return y.data(); }
 };
 
@@ -88,11 +93,7 @@ struct LowerVector : Packed<DoubleLowerTriMat> {
   using Packed::Packed;
   void ours() { y.reference(product(m, v)); }
   void loop() {
-    for (int i = 0; i < n; ++i) {
-      double total = 0.0;
-      for (int j = 0; j <= i; ++j) total += at(i, j) * v(j);
-      y(i) = total;
-    }
+    for (int i = 0; i < n; ++i) y(i) = storedRowTimesV(i);
   }
 };
 
@@ -112,9 +113,7 @@ struct SymmetricVector : Packed<DoubleSymMat> {
   void ours() { y.reference(product(m, v)); }
   void loop() {
     for (int i = 0; i < n; ++i) {
-      double total = 0.0;
-      for (int j = 0; j <= i; ++j) total += at(i, j) * v(j);
-      y(i) = total;
+      y(i) = storedRowTimesV(i);
       for (int j = 0; j < i; ++j) y(j) += at(i, j) * v(i);
     }
   }

@@ -3,6 +3,8 @@
 // which are those of its bucket that have its hash.
 #include "knotwork/geometry/vert_data_index_table.h"
 
+#include <tuple>
+
 TvertDataIndexTable::TvertDataIndexTable() : TvertDataIndexTable(0, 0xFFFFFFFFU) {}
 
 TvertDataIndexTable::TvertDataIndexTable(unsigned initial, unsigned maximum)
@@ -50,7 +52,7 @@ void TvertDataIndexTable::Iterator::appendAllTo(TvertDataIndexTable& other) {
     current_ = nullptr;
     return;
   }
-  for (first(); !isDone(); next()) other.insert(key(), data());
+  for (first(); !isDone(); next()) std::ignore = other.insert(key(), data());
 }
 
 TvertDataIndexTable::KeyIterator::KeyIterator(TvertDataIndexTable& table, const int& key)

@@ -26,30 +26,30 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::VertTable {
   ~TvertDataIndexTable() override;
 
   /// Adds an entry, also for a key that is there already. @return whether memory for it was found.
-  bool insert(const int& key, const int& data);
+  [[nodiscard]] bool insert(const int& key, const int& data);
 
   /// Adds an entry for a key that is not there yet. @return whether it was added.
-  bool insertUnique(const int& key, const int& data);
+  [[nodiscard]] bool insertUnique(const int& key, const int& data);
 
   /// Overwrites the data of the key's first entry, or adds one if there is none.
   /// @return false only if memory for a new entry was not found.
-  bool insertReplace(const int& key, const int& data);
+  [[nodiscard]] bool insertReplace(const int& key, const int& data);
 
   /// @return the data of the key's first entry, writable, until that entry is removed; or null.
-  KNOTWORK_INLINE_API int* find(const int& key) {
+  [[nodiscard]] KNOTWORK_INLINE_API int* find(const int& key) {
     knotwork::VertEntry* const entry = findEntry(key);
     return entry ? &entry->data : nullptr;
   }
 
   /// @return the data of the key's first entry, until that entry is removed; or null.
-  KNOTWORK_INLINE_API const int* find(const int& key) const {
+  [[nodiscard]] KNOTWORK_INLINE_API const int* find(const int& key) const {
     const knotwork::VertEntry* const entry = findEntry(key);
     return entry ? &entry->data : nullptr;
   }
 
   /// @param[out] data  the data of the key's first entry; left alone if there is none.
   /// @return whether the key is there.
-  bool find(const int& key, int& data) const;
+  [[nodiscard]] bool find(const int& key, int& data) const;
 
   /// Walk over all entries, bucket by bucket.
   class KNOTWORK_API Iterator : public knotwork::VertIterator {
@@ -68,10 +68,11 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::VertTable {
 
     /// @param[out] data  the current data; left alone when done.
     /// @return whether an entry is current.
-    bool getData(int& data) const;
+    [[nodiscard]] bool getData(int& data) const;
 
     /// Inserts every entry of this table into another one, duplicates kept; the iterator ends done.
-    /// The other table may be this one: the entries it holds now are then doubled.
+    /// The other table may be this one: the entries it holds now are then doubled. Entries
+    /// that there is no memory for are missing there.
     void appendAllTo(TvertDataIndexTable& other);
   };
 
@@ -96,7 +97,7 @@ class KNOTWORK_API TvertDataIndexTable : public knotwork::VertTable {
 
     /// @param[out] data  the current data; left alone when done.
     /// @return whether an entry is current.
-    bool getData(int& data) const;
+    [[nodiscard]] bool getData(int& data) const;
 
     /// Removes the current entry and goes to the key's next one. @return whether there was one.
     bool removeThenNext();

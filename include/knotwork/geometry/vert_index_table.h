@@ -25,16 +25,18 @@ class KNOTWORK_API TvertIndexTable : public knotwork::VertTable {
   ~TvertIndexTable() override;
 
   /// Adds a key, also one that is there already. @return whether memory for it was found.
-  bool insert(const int& key);
+  [[nodiscard]] bool insert(const int& key);
 
   /// Adds a key that is not there yet. @return whether it was added.
-  bool insertUnique(const int& key);
+  [[nodiscard]] bool insertUnique(const int& key);
 
   /// @return whether the key is there.
-  KNOTWORK_INLINE_API bool find(const int& key) const { return findEntry(key) != nullptr; }
+  [[nodiscard]] KNOTWORK_INLINE_API bool find(const int& key) const {
+    return findEntry(key) != nullptr;
+  }
 
   /// @return how often the key is there.
-  unsigned keyCount(const int& key) const;
+  [[nodiscard]] unsigned keyCount(const int& key) const;
 
   /// Walk over all keys, bucket by bucket.
   class KNOTWORK_API Iterator : public knotwork::VertIterator {

@@ -76,14 +76,14 @@ class KNOTWORK_API VertIterator : public ThashTableIterator {
   KNOTWORK_INLINE_API bool next() { return _next(); }
 
   /// @return whether no entry is current.
-  KNOTWORK_INLINE_API bool isDone() const { return !current_; }
+  [[nodiscard]] KNOTWORK_INLINE_API bool isDone() const { return !current_; }
 
   /// Removes the current entry and goes to the next one: the way to delete while iterating.
   /// @return whether there was a current entry.
   bool removeThenNext();
 
   /// @param[out] key  the current key; left alone when done. @return whether an entry is current.
-  bool getKey(int& key) const;
+  [[nodiscard]] bool getKey(int& key) const;
 
  protected:
   explicit VertIterator(VertTable& table);

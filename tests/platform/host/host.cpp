@@ -94,7 +94,7 @@ void tablesStandOnTheHostsTable() {
     random = random * 1664525u + 1013904223u;
     const int key = static_cast<int>(random >> 25) - 64;
     if (random >> 16 & 1) {
-      table.insert(key, i);
+      expect(table.insert(key, i));
       model.emplace(key, i);
     } else if (table.remove(key)) {
       model.erase(--model.upper_bound(key));  // the newest
@@ -103,7 +103,7 @@ void tablesStandOnTheHostsTable() {
     }
   }
   TvertDataIndexTable copy(table), assigned;
-  assigned.insert(1, 1);
+  expect(assigned.insert(1, 1));
   assigned = table;
   table.reset();
   for (TvertDataIndexTable* one : {&copy, &assigned}) {
