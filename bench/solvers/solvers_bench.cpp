@@ -26,7 +26,7 @@ struct Fit {
         constraints(static_cast<int>(state.range(2))) {
     Random random(kSeed);
     a.reference(knotwork::test::splineSystem(random, rows - constraints, constraints, cols));
-    points.reference(knotwork::test::randomVector(random, kCoordinates * rows));
+    points.reference(random.vector(kCoordinates * rows));
   }
 
   int rows, cols, constraints;

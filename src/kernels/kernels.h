@@ -16,6 +16,7 @@
 #include "kernels/level1_kernels.h"
 #include "kernels/product_kernels.h"
 #include "kernels/reflection_kernels.h"
+#include "kernels/side_kernels.h"
 
 namespace knotwork::detail {
 
@@ -31,6 +32,7 @@ struct KernelSet {
   ColumnKernels<int> columnsOfInt;
   RotateSweep rotateSweep;
   ReflectionKernels reflections;
+  SideKernels sides;
   blas1::Table level1;
 };
 
@@ -79,5 +81,6 @@ inline const ColumnKernels<int>& columnKernels() {
 }
 
 inline const ReflectionKernels& reflectionKernels() { return activeKernels->reflections; }
+inline const SideKernels& sideKernels() { return activeKernels->sides; }
 
 }  // namespace knotwork::detail

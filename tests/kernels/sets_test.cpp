@@ -274,6 +274,50 @@ TEST(KernelSets, ReflectionsAgreeWithTheirDefinition) {
   });
 }
 
+Numbers turned(const Numbers& from, std::size_t height, std::size_t width) {
+  Numbers to(from.size());
+  for (std::size_t i = 0; i < height; ++i)
+    for (std::size_t j = 0; j < width; ++j) to[i * width + j] = from[j * height + i];
+  return to;
+}
+
+TEST(KernelSets, SidesAgreeWithTheirDefinition) {
+  forEverySet([](const KernelSet& set, int tame) {
+    Random random(8);
+    for (const int rows : {0, 1, 3, 8, 31}) {
+      for (const int width : {1, 2, 4, SideKernels::kMost}) {
+        const int head = random.below(rows + 1), first = head + random.below(rows - head + 1);
+        const auto height = static_cast<std::size_t>(rows), sides = static_cast<std::size_t>(width);
+        const Numbers strided = random.numbers(3 * height, tame);
+        const Numbers x = random.numbers(height * sides, tame);
+        Numbers original = x;
+        std::vector<int> places;
+        Numbers v;
+        for (int i = 0; i < rows; ++i) {
+          if (i >= head && i < first) continue;
+          places.push_back(i);
+          v.push_back(strided[static_cast<std::size_t>(3 * i)]);
+        }
+        const Reflector h{v.data(), -0.03125, random.below(3) * 10.0};
+        Numbers got = x;
+        set.sides.reflect({strided.data(), 3, head, first, rows, h.beta, h.skip},
+                          {got.data(), width});
+        expectSame(
+            turned(reflected(turned(x, sides, height), places, h, height, sides), height, sides),
+            got, "sides.reflect");
+        Numbers expected(sides + 1, -7.0), sums = expected;
+        std::fill_n(expected.begin(), width, 0.0);
+        for (std::size_t t = 0; t < places.size(); ++t)
+          for (std::size_t w = 0; w < sides; ++w)
+            expected[w] += x[static_cast<std::size_t>(places[t]) * sides + w] * strided[3 * t];
+        set.sides.sumProducts(places.data(), static_cast<std::ptrdiff_t>(places.size()),
+                              strided.data(), 3, {original.data(), width}, sums.data());
+        expectSame(expected, sums, "sides.sumProducts");
+      }
+    }
+  });
+}
+
 TEST(KernelSets, RowsAreReflectedAsColumnsOfTheTranspose) {
   forEverySet([](const KernelSet& set, int tame) {
     Random random(7);
@@ -284,12 +328,6 @@ TEST(KernelSets, RowsAreReflectedAsColumnsOfTheTranspose) {
         const std::vector<int> places = {0, 1, 4, 5, 8};
         const Numbers v = random.numbers(places.size(), tame);
         const Numbers x = random.numbers(kColumns * step, tame);
-        const auto turned = [](const Numbers& from, std::size_t height, std::size_t width) {
-          Numbers to(from.size());
-          for (std::size_t i = 0; i < height; ++i)
-            for (std::size_t j = 0; j < width; ++j) to[i * width + j] = from[j * height + i];
-          return to;
-        };
         const Reflector h{v.data(), -0.03125, skip};
         const Numbers expected =
             turned(reflected(turned(x, step, kColumns), places, h, kColumns, rows), kColumns, step);

@@ -8,6 +8,7 @@
 #include "kernels/generic/element_loops.h"
 #include "kernels/generic/product_loops.h"
 #include "kernels/generic/reflection_loops.h"
+#include "kernels/generic/side_loops.h"
 #include "kernels/kernels.h"
 
 namespace {
@@ -23,6 +24,7 @@ constexpr knotwork::detail::KernelSet thisSet(const char* name) {
           ColumnLoops<int>::kTable,
           RotationLoops::rotateSweep,
           ReflectionLoops::kTable,
+          kSideTable,
           Blas1Loops::kTable};
 }
 
