@@ -7,7 +7,9 @@
 #include <limits>
 
 #include "kernel/bounded.h"
+#include "kernel/doubled.h"
 #include "kernel/span_search.h"
+#include "kernel/storage.h"
 
 namespace knotwork::detail {
 
@@ -39,8 +41,8 @@ constexpr long long schemeNumbers(int degree) {
 /// lose. Read from the right end, the same steps are the mirrored scheme. Source: L. Ramshaw,
 /// Blossoming (1987); C. de Boor, A Practical Guide to Splines, ch. X.
 ///
-/// kDegree is the degree m where it is known at compile time, else 0. Number is double, or Bounded
-/// to learn what rounding does.
+/// kDegree is the degree m where it is known at compile time, else 0. Number is double, Bounded to
+/// learn what rounding does, or Doubled beyond the ends of the domain (isBeyond).
 template <int kDegree, class Number = double>
 class TriangularScheme {
  public:
@@ -145,11 +147,33 @@ void forEachOrder(Number* spare, int degree, const NearEnd& end, double t, int k
   TriangularScheme<0, Number>(spare, degree, end, t).forEachOrder(k, use);
 }
 
+/// Whether t is beyond the ends of the domain. Where knots go on there, the two parts of a weight
+/// may have different signs and cancel.
+inline bool isBeyond(const NearEnd& end, double t) {
+  const double near = end.knot[0] - t, far = end.knot[end.step] - t;
+  return (near > 0.0 && far > 0.0) || (near < 0.0 && far < 0.0);
+}
+
+/// TriangularScheme::forEachOrder() in doubled precision, its weights rounded at the end.
+template <class Use>
+void forEachOrderDoubled(int degree, const NearEnd& end, double t, int k, const Use& use) {
+  constexpr int kSmall = 128;
+  Scratch<Doubled, kSmall> work(schemeNumbers(degree));
+  Scratch<double, kSmall> rounded(degree + 1);
+  TriangularScheme<0, Doubled>(work.data(), degree, end, t)
+      .forEachOrder(k, [&](int q, const Doubled* weights) {
+        std::transform(weights, weights + degree + (q == 0), rounded.data(),
+                       [](const Doubled& w) { return valueOf(w); });
+        use(q, static_cast<const double*>(rounded.data()));
+      });
+}
+
 /// The same in doubles, unrolled for the degrees in use.
 /// @param spare  used only by high degrees.
 template <class Use>
 void forEachOrder(double* spare, int degree, const NearEnd& end, double t, int k, const Use& use) {
   constexpr int kSmall = 128;
+  if (degree > 0 && isBeyond(end, t)) return forEachOrderDoubled(degree, end, t, k, use);
   switch (degree) {
     case 1:
       return weighUnrolled<1>(end, t, k, use);
