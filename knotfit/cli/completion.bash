@@ -20,7 +20,11 @@ _knotfit() {
     --model) words='poly: linear noint' ;;
     --solver)
       words='householder qr'
-      [[ ${COMP_WORDS[1]} == lsq ]] && words+=' svd cholesky lu'
+      case ${COMP_WORDS[1]} in
+        lsq) words+=' svd cholesky lu' ;;
+        curve) words+=' auto banded' ;;
+        surface) words+=' auto' ;;
+      esac
       ;;
   esac
   if [[ -z $words && $COMP_CWORD -eq 1 ]]; then

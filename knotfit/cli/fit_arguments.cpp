@@ -168,7 +168,9 @@ void FitArguments::readShared(FitOptions& o, int directions) const {
   o.spacing = spacingOf(usedParam());
   o.refine = static_cast<int>(refine);
   o.smooth = smooth;
-  o.solver.method = solver == "qr" ? Method::kQr : Method::kHouseholder;
+  for (const Method m : {Method::kHouseholder, Method::kQr, Method::kBanded}) {
+    if (solver == nameOf(m)) o.solver.method = m;
+  }
   o.solver.rankTolerance = rankTolerance;
   o.units = units;
   o.knotsAsked = !knots.empty();
@@ -205,7 +207,7 @@ FitOptions FitArguments::curveOptions(PointSet& points) const {
   }
   o.closed = closed;
   // A closed curve needs no ends, and the solver of data alone meets none.
-  const bool endsMatter = !closed && o.solver.method == Method::kHouseholder;
+  const bool endsMatter = !closed && o.solver.method != Method::kQr;
   o.endsExact = ends == "exact" && (endsMatter || endsGiven);
   o.pass = pointIndices("--pass", pass, points.count());
   o.corners = pointIndices("--corner", corners, points.count());

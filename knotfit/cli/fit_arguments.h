@@ -22,8 +22,8 @@ namespace knotfit {
 struct FitArguments {
   std::string input, degree, controls, param, knots, ends = "exact", edges = "free";
   std::vector<std::string> pass, tangents, corners;
-  std::string weights, solver = "householder", columns, spacing, order = "rows", units = "mm",
-                       report, progress = "auto";
+  std::string weights, solver = "auto", columns, spacing, order = "rows", units = "mm", report,
+                       progress = "auto";
   double tolerance = 0, smooth = 0, rankTolerance = 1e-10, merge = -1;
   std::size_t refine = 0, thin = 1;
   bool closed = false, heights = false, quiet = false, verbose = false, endsGiven = false;

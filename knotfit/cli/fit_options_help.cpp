@@ -27,9 +27,6 @@ void FitArguments::addCommon(CLI::App& app) {
       ->type_name("KNOTS");
   addNumber(app, "--smooth", smooth, Least::kZero,
             "weight of the control points' second differences [0]");
-  app.add_option("--solver", solver, "householder|qr [householder]")
-      ->check(oneOf({"householder", "qr"}))
-      ->type_name("NAME");
   addNumber(app, "--rank-tol", rankTolerance, Least::kZero,
             "what the solver takes for zero [1e-10]");
   table.addTo(app);
@@ -49,6 +46,9 @@ void FitArguments::addCommon(CLI::App& app) {
 void FitArguments::addCurve(CLI::App& app) {
   app.add_option("POINTS", input, "CSV, XYZ, OBJ or PLY points; - for standard input")->required();
   addCommon(app);
+  app.add_option("--solver", solver, "auto|householder|qr|banded [auto]")
+      ->check(oneOf({"auto", "householder", "qr", "banded"}))
+      ->type_name("NAME");
   app.add_option("--param", param, "chord|centripetal|uniform or a file of parameters [chord]")
       ->type_name("PARAM");
   addCount(app, "--refine", refine, 0, 1000, "project the parameters anew up to K times [0]");
@@ -80,6 +80,9 @@ void FitArguments::addSurface(CLI::App& app) {
   app.add_option("GRID", input, "CSV of x,y,z triples or heights; - for standard input")
       ->required();
   addCommon(app);
+  app.add_option("--solver", solver, "auto|householder|qr [auto]")
+      ->check(oneOf({"auto", "householder", "qr"}))
+      ->type_name("NAME");
   app.add_option("--param", param, "chord|centripetal|uniform [chord; uniform for --height]")
       ->check(oneOf({"chord", "centripetal", "uniform"}))
       ->type_name("PARAM");

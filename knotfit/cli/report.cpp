@@ -39,6 +39,12 @@ std::string conditionText(double condition) {
   return cat("condition ", condition < 1e5 ? decimals(condition, 1) : significant(condition, 2));
 }
 
+std::string spectrumText(const std::optional<Spectrum>& s) {
+  if (!s) return "rank and condition not computed";
+  return cat("rank ", s->rank, ", ",
+             s->condition ? conditionText(*s->condition) : "condition not computed");
+}
+
 // The ends of a curve and whatever else is to be met.
 std::string endsText(const CurveFit& fit, const FitOptions& o) {
   std::string text = "free";
@@ -52,7 +58,7 @@ std::string endsText(const CurveFit& fit, const FitOptions& o) {
     text += cat(", ", plural(o.pass.size(), "point"), fit.met ? "" : " not", " passed");
   if (!o.tangents.empty()) text += cat(", ", plural(o.tangents.size(), "tangent"));
   if (!o.corners.empty()) text += cat(", ", plural(o.corners.size(), "corner"));
-  return fit.matrix->constraints ? text + missText(fit.miss) : text;
+  return fit.constraints ? text + missText(fit.miss) : text;
 }
 
 std::string edgesText(const SurfaceFit& fit, Edges edges) {
@@ -121,11 +127,8 @@ void tellCurve(Report& r, const CurveFit& fit, const FitOptions& o, const Report
   r.line("error", cat("at the parameters: ", errorText(d.at), " (point ", d.at.worst + 1,
                       ", u = ", significant(fit.parameters[d.at.worst], 4), ")"));
   r.line("", cat("nearest distance:  ", errorText(d.near), " (point ", d.near.worst + 1, ")"));
-  const std::string spectrum =
-      fit.spectrum ? cat("rank ", fit.spectrum->rank, ", ", conditionText(fit.spectrum->condition))
-                   : "rank and condition not computed";
-  r.line("system", cat(fit.matrix->rows.size(), " x ", s.size[0], ", ", spectrum, ", ",
-                       nameOf(o.solver.method)));
+  r.line("system", cat(fit.rows, " x ", s.size[0], ", ", spectrumText(fit.spectrum), ", ",
+                       nameOf(fit.method)));
 }
 
 Json curveJson(const CurveFit& fit, const FitOptions& o, const ReportContext& context,
@@ -141,7 +144,7 @@ Json curveJson(const CurveFit& fit, const FitOptions& o, const ReportContext& co
   j["knots"] = context.knots;
   j["ends"] = {{"mode", o.endsExact ? "exact" : "free"},
                {"closed", o.closed},
-               {"constraints", fit.matrix->constraints},
+               {"constraints", fit.constraints},
                {"miss", fit.miss},
                {"met", fit.met}};
   j["error"] = {{"rms", d.at.rms},
@@ -149,11 +152,13 @@ Json curveJson(const CurveFit& fit, const FitOptions& o, const ReportContext& co
                 {"point", d.at.worst + 1},
                 {"u", fit.parameters[d.at.worst]}};
   j["nearest"] = {{"rms", d.near.rms}, {"max", d.near.max}, {"point", d.near.worst + 1}};
-  j["system"] = {{"rows", fit.matrix->rows.size()},
+  const std::optional<Spectrum>& spectrum = fit.spectrum;
+  const bool hasCondition = spectrum && spectrum->condition;
+  j["system"] = {{"rows", fit.rows},
                  {"unknowns", s.size[0]},
-                 {"rank", fit.spectrum ? Json(fit.spectrum->rank) : Json(nullptr)},
-                 {"condition", fit.spectrum ? finite(fit.spectrum->condition) : Json(nullptr)},
-                 {"solver", nameOf(o.solver.method)}};
+                 {"rank", spectrum ? Json(spectrum->rank) : Json(nullptr)},
+                 {"condition", hasCondition ? finite(*spectrum->condition) : Json(nullptr)},
+                 {"solver", nameOf(fit.method)}};
   return j;
 }
 
@@ -172,8 +177,8 @@ std::string placeText(GridPlace p) { return cat("row ", p.row + 1, ", column ", 
 // nothing where one of them was not computed.
 std::optional<double> conditionOf(const SurfaceFit& fit) {
   const auto& [inU, inV] = fit.spectra;
-  if (!inU || !inV) return std::nullopt;
-  return inU->condition * inV->condition;
+  if (!inU || !inV || !inU->condition || !inV->condition) return std::nullopt;
+  return *inU->condition * *inV->condition;
 }
 
 void tellSurface(Report& r, const SurfaceFit& fit, const PointGrid& grid, const FitOptions& o,
@@ -196,7 +201,7 @@ void tellSurface(Report& r, const SurfaceFit& fit, const PointGrid& grid, const 
                                    : "rank and condition not computed";
   r.line("system",
          cat(fit.matrices[0].rows.size(), " x ", s.size[0], " and ", fit.matrices[1].rows.size(),
-             " x ", s.size[1], ", ", spectrum, ", ", nameOf(o.solver.method)));
+             " x ", s.size[1], ", ", spectrum, ", ", nameOf(fit.method)));
 }
 
 Json surfaceJson(const SurfaceFit& fit, const PointGrid& grid, const FitOptions& o,
@@ -228,7 +233,7 @@ Json surfaceJson(const SurfaceFit& fit, const PointGrid& grid, const FitOptions&
       {"unknowns", s.size},
       {"rank", condition ? Json({fit.spectra[0]->rank, fit.spectra[1]->rank}) : Json(nullptr)},
       {"condition", condition ? finite(*condition) : Json(nullptr)},
-      {"solver", nameOf(o.solver.method)}};
+      {"solver", nameOf(fit.method)}};
   return j;
 }
 

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Fits of curves: the solution of the system, re-projection of the parameters.
 //
-// Points are brought to a size near 1 first, so that squares of their distances stay in the range
-// of numbers, and the fit is scaled back in the end. Both are powers of two: nothing is rounded.
+// Points of an extreme size are brought to a size near 1 first, so that squares of their distances
+// stay in the range of numbers, and the fit is scaled back in the end. Both are powers of two:
+// nothing is rounded, and all other points need no copy.
 #include "fit/curve_fit.h"
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "fit/curve_search.h"
 #include "fit/curve_system.h"
 #include "fit/nearest.h"
+#include "model/bezier.h"
 #include "model/deviation.h"
 #include "model/scale.h"
 #include "model/vec3.h"
@@ -25,6 +27,9 @@ namespace {
 void checkControls(const PointSet& points, const FitOptions& options,
                    const std::vector<double>& parameters, const std::vector<double>& knots) {
   if (options.smooth > 0 || options.closed) return;
+  if (points.weights.empty() && options.tangents.empty()) {
+    return checkDetermined(knots, options.degree[0], parameters);
+  }
   std::vector<double> all;
   for (std::size_t i = 0; i < parameters.size(); ++i) {
     if (points.weights.empty() || points.weights[i] > 0) all.push_back(parameters[i]);
@@ -37,23 +42,29 @@ void checkControls(const PointSet& points, const FitOptions& options,
 CurveFit fitOnce(const PointSet& points, const FitOptions& options, std::vector<double> parameters,
                  const std::vector<double>& knots) {
   checkControls(points, options, parameters, knots);
-  CurveSystem system = curveSystem(points, options, parameters, knots);
-  const FactoredSystem factored(system.matrix, options.solver);
+  const std::size_t unknowns = knots.size() - static_cast<std::size_t>(options.degree[0]) - 1;
   CurveFit fit;
+  fit.method = methodFor(options.solver.method, points.count(), unknowns);
+  const bool banded = fit.method == Method::kBanded;
+  CurveSystem system = curveSystem(points, options, parameters, knots, !banded);
+  CurveSolution solution = banded ? solvedBanded(system, options.degree[0], options.solver)
+                                  : solvedDense(system, options.solver);
+  addTangents(system, options, solution);
   Spline& s = fit.spline;
   s.dim = points.dim;
   s.degree = {options.degree[0], 0};
   s.knots[0] = knots;
-  s.size = {system.matrix.unknowns, 1};
+  s.size = {unknowns, 1};
   s.closed = options.closed;
   s.units = options.units;
-  s.controls = factored.solve(system.rhs, points.dim);
-  addTangents(system, factored, options, s.controls);
+  s.controls = std::move(solution.controls);
   meetPlainRows(system, s.controls);
   fit.miss = largestMiss(system, s.controls);
+  fit.rows = system.dataRows() + system.matrix.rows.size();
+  fit.constraints = system.matrix.constraints;
   fit.distances = distancesAt(s, points, parameters);
   fit.parameters = std::move(parameters);
-  fit.matrix = std::make_shared<const RowMatrix>(std::move(system.matrix));
+  if (!banded) fit.matrix = std::make_shared<const RowMatrix>(std::move(system.matrix));
   return fit;
 }
 
@@ -98,6 +109,12 @@ CurveFit fitScaled(const PointSet& points, const FitOptions& options) {
   return fitWithKnots(points, options, u, knotsFor(options, u, count));
 }
 
+// A solver without a matrix has found every pivot above its tolerance.
+std::optional<Spectrum> spectrumOf(const CurveFit& fit) {
+  if (fit.matrix) return spectrumOf(*fit.matrix);
+  return Spectrum{fit.spline.size[0], std::nullopt};
+}
+
 }  // namespace
 
 std::size_t controlCount(std::size_t asked, int degree, std::size_t points, bool smoothed,
@@ -133,8 +150,11 @@ std::vector<double> knotsFor(const FitOptions& options, const std::vector<double
   if (options.knots == KnotChoice::kUniform || n > parameters.size()) {
     return uniformKnots(options.degree[0], n);
   }
+  if (!options.closed || parameters.back() == 1.0) {
+    return averagedKnots(parameters, options.degree[0], n, options.corners);
+  }
   std::vector<double> u = parameters;
-  if (options.closed && u.back() < 1.0) u.push_back(1.0);
+  u.push_back(1.0);
   return averagedKnots(u, options.degree[0], n, options.corners);
 }
 
@@ -155,14 +175,19 @@ CurveFit fitWithKnots(const PointSet& points, const FitOptions& options,
 
 CurveFit fitCurve(const PointSet& points, const FitOptions& options) {
   checkConstraints(options);
-  const int exponent = evenExponent(points.coords);
-  PointSet scaled = points;
-  scaleBy(scaled.coords, -exponent);
-  FitOptions scaledOptions = options;
-  scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
-  CurveFit fit = fitScaled(scaled, scaledOptions);
-  fit.met = fit.miss <= kMissRounding;
-  fit.spectrum = spectrumOf(*fit.matrix);
+  const int exponent = rangeExponent(points.coords);
+  CurveFit fit;
+  if (exponent == 0) {
+    fit = fitScaled(points, options);
+  } else {
+    PointSet scaled = points;
+    scaleBy(scaled.coords, -exponent);
+    FitOptions scaledOptions = options;
+    scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
+    fit = fitScaled(scaled, scaledOptions);
+  }
+  fit.met = std::ldexp(fit.miss, exponent - evenExponent(points.coords)) <= kMissRounding;
+  fit.spectrum = spectrumOf(fit);
   scaleBy(fit.spline.controls, exponent);
   scaleBy(fit.distances, exponent);
   fit.miss = std::ldexp(fit.miss, exponent);
@@ -181,10 +206,13 @@ void checkRange(const Spline& spline, const std::vector<double>& distances) {
 
 std::vector<double> distancesAt(const Spline& spline, const PointSet& points,
                                 const std::vector<double>& parameters) {
-  const CurveShape shape(spline);
+  const CurvePieces pieces(spline);
   std::vector<double> out;
+  out.reserve(points.count());
+  std::size_t span = 0;
   for (std::size_t i = 0; i < points.count(); ++i) {
-    out.push_back(norm(minus(shape.point(parameters[i]), vec3(points[i], points.dim))));
+    const Vec3 at = pieces.point(parameters[i], span);
+    out.push_back(norm(minus(at, vec3(points[i], points.dim))));
   }
   return out;
 }
@@ -193,6 +221,7 @@ std::vector<double> nearestDistances(const Spline& spline, const PointSet& point
                                      const std::vector<double>& parameters) {
   const CurveProjector projector(spline);
   std::vector<double> out;
+  out.reserve(points.count());
   for (std::size_t i = 0; i < points.count(); ++i) {
     out.push_back(projector.nearest(points[i], parameters[i]).distance);
   }

@@ -18,8 +18,10 @@ struct CurveFit {
   Spline spline;
   std::vector<double> parameters;           ///< of the points, after any re-projection
   std::vector<double> distances;            ///< of the points from the curve at their parameters
-  std::shared_ptr<const RowMatrix> matrix;  ///< that was solved
-  std::optional<Spectrum> spectrum;         ///< of the matrix
+  std::shared_ptr<const RowMatrix> matrix;  ///< that was solved, where it was kept
+  std::size_t rows = 0, constraints = 0;    ///< of the system, the constraints among the rows
+  Method method = Method::kHouseholder;     ///< that solved it
+  std::optional<Spectrum> spectrum;         ///< of the system
   double miss = 0;                          ///< largest distance from a constraint
   bool met = true;                          ///< the miss is no more than rounding
   bool adapted = false;                     ///< knots were placed by the deviation

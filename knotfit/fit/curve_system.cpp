@@ -10,12 +10,22 @@
 #include <array>
 #include <cmath>
 #include <optional>
-#include <set>
 
 #include "model/vec3.h"
 
 namespace knotfit {
 namespace {
+
+bool repeatsFirst(const FitOptions& options, const std::vector<double>& u) {
+  return options.closed && u.back() == 1.0;  // a closed sequence may come back to its first point
+}
+
+std::set<std::size_t> metPoints(const FitOptions& options, const std::vector<double>& u) {
+  std::set<std::size_t> met(options.pass.begin(), options.pass.end());
+  if (options.endsExact) met.insert({0, u.size() - 1});
+  if (repeatsFirst(options, u) && met.erase(u.size() - 1)) met.insert(0);
+  return met;
+}
 
 class CurveSystemBuilder {
  public:
@@ -30,19 +40,20 @@ class CurveSystemBuilder {
     out_.matrix.unknowns = static_cast<std::size_t>(basis_.count());
   }
 
-  CurveSystem build() {
-    const std::set<std::size_t> met = metPoints();
-    const std::size_t last = points_.count() - (repeatsFirst() ? 1 : 0);
-    for (std::size_t i = 0; i < last; ++i) {
-      const double weight = points_.weights.empty() ? 1.0 : points_.weights[i];
-      if (met.count(i) || weight == 0) continue;
-      add(SparseRow(basis_, u_[i]), points_[i], std::sqrt(weight));
+  CurveSystem build(bool keepData) {
+    const DataRows data(points_, options_, u_, basis_);
+    if (keepData) {
+      data.visit([&](const SparseRow& row, const double* point, double factor) {
+        add(row, point, factor);
+      });
+    } else {
+      out_.data.emplace(data);
     }
     addSmoothing(out_.matrix, basis_, options_.smooth);
     out_.rhs.resize(out_.matrix.rows.size() * static_cast<std::size_t>(out_.dim), 0.0);
     const std::size_t free = out_.matrix.rows.size();
     if (options_.closed) addSeam();
-    for (const std::size_t i : met) add(SparseRow(basis_, u_[i]), points_[i], 1.0);
+    for (const std::size_t i : data.met()) add(SparseRow(basis_, u_[i]), points_[i], 1.0);
     for (const Tangent& t : options_.tangents) addTangent(t);
     out_.matrix.constraints = out_.matrix.rows.size() - free;
     return std::move(out_);
@@ -59,17 +70,6 @@ class CurveSystemBuilder {
   void addLevel(SparseRow row) {
     const double scale = 1.0 / row.largest();
     add(std::move(row), nullptr, scale);
-  }
-
-  bool repeatsFirst() const {  // a closed sequence may come back to its first point
-    return options_.closed && u_.back() == 1.0;
-  }
-
-  std::set<std::size_t> metPoints() const {
-    std::set<std::size_t> met(options_.pass.begin(), options_.pass.end());
-    if (options_.endsExact) met.insert({0, points_.count() - 1});
-    if (repeatsFirst() && met.erase(points_.count() - 1)) met.insert(0);
-    return met;
   }
 
   // Value and derivatives below the degree are the same at both ends.
@@ -120,9 +120,38 @@ bool isTangent(const CurveSystem& c, std::size_t row) {
 
 }  // namespace
 
+DataRows::DataRows(const PointSet& points, const FitOptions& options,
+                   const std::vector<double>& parameters, const knotwork::BsplineBasis& basis)
+    : points_(points),
+      u_(parameters),
+      basis_(basis),
+      met_(metPoints(options, parameters)),
+      count_(points.count() - (repeatsFirst(options, parameters) ? 1 : 0)) {}
+
+std::size_t DataRows::rows() const {
+  std::size_t count = 0;
+  for (std::size_t i = 0; i < count_; ++i) {
+    count += !met_.count(i) && (points_.weights.empty() || points_.weights[i] != 0);
+  }
+  return count;
+}
+
 CurveSystem curveSystem(const PointSet& points, const FitOptions& options,
-                        const std::vector<double>& parameters, const std::vector<double>& knots) {
-  return CurveSystemBuilder(points, options, parameters, knots).build();
+                        const std::vector<double>& parameters, const std::vector<double>& knots,
+                        bool keepData) {
+  return CurveSystemBuilder(points, options, parameters, knots).build(keepData);
+}
+
+CurveSolution solvedDense(const CurveSystem& system, const SolverOptions& options) {
+  const FactoredSystem factored(system.matrix, options);
+  CurveSolution solution;
+  solution.controls = factored.solve(system.rhs, system.dim);
+  const std::size_t k = system.tangentRows.size();
+  if (k == 0) return solution;
+  std::vector<double> unit(system.matrix.rows.size() * k, 0.0);
+  for (std::size_t t = 0; t < k; ++t) unit[system.tangentRows[t] * k + t] = 1.0;
+  solution.shapes = factored.solve(unit, static_cast<int>(k));
+  return solution;
 }
 
 void meetPlainRows(const CurveSystem& system, std::vector<double>& x) {

@@ -4,14 +4,21 @@
 // Half the squared distance f = |S - p|^2 / 2 is made small by Newton's method with halved steps.
 // Its slope is r.S' and its bend S'.S' + r.S'', where r = S - p. Far from a foot the second part of
 // the bend may turn it around: then it is left out (the method of Gauss and Newton), and the step
-// leads downhill all the same. That finds a foot near the start alone, so the starts are sampled:
-// in every span or patch, the samples that are nearer than those around them. Spans whose control
-// points' box is further away than a place already found hold no nearer one and are passed over.
+// leads downhill all the same. That finds a foot near the start alone.
+//
+// The nearest foot of all is found by bounds. A tree over the boxes of the Bezier pieces leads to
+// those that come nearer than the best place so far. In a piece where |S'|^2 > |r||S''| throughout,
+// f bends upwards, so that one descent finds its only minimum, and none is needed where the best
+// place lies in it. Any other piece is halved, until halves are out of reach, or bend upwards, or
+// are small.
+//
+// Source: G. Farin, Curves and Surfaces for CAGD (5th ed., 2002), ch. 5 (hulls and halving).
 #include "fit/nearest.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "model/scale.h"
 
@@ -20,6 +27,8 @@ namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kHalvings = 12;
+// A span is searched in 2^6 parts at most, a patch in 2^4 x 2^4.
+constexpr int kCurveDepth = 6, kSurfaceDepth = 8;
 
 Spline scaled(Spline s, int exponent) {
   scaleBy(s, -exponent);
@@ -41,66 +50,160 @@ Vec3 scaledPoint(const double* p, int dim, int exponent) {
 
 double squaredLength(const Vec3& a) { return dot(a, a); }
 
-void widen(Vec3& low, Vec3& high, const Vec3& p) {
-  for (std::size_t c = 0; c < 3; ++c) {
-    low[c] = std::min(low[c], p[c]);
-    high[c] = std::max(high[c], p[c]);
+// Of the control vectors at(0) .. at(count - 1) of a derivative, which hold all its values.
+template <class At>
+Vec3 meanOf(std::size_t count, At at) {
+  Vec3 sum{};
+  for (std::size_t i = 0; i < count; ++i) {
+    const Vec3 a = at(i);
+    for (std::size_t c = 0; c < 3; ++c) sum[c] += a[c];
   }
+  return times(1.0 / static_cast<double>(count), sum);
 }
 
-// The square of the distance from a box, 0 within it.
-double boxSquared(const Vec3& low, const Vec3& high, const Vec3& p) {
-  Vec3 out;
-  for (std::size_t c = 0; c < 3; ++c) out[c] = std::max({low[c] - p[c], p[c] - high[c], 0.0});
-  return squaredLength(out);
+template <class At>
+double spreadSquared(std::size_t count, const Vec3& mean, At at) {
+  double most = 0;
+  for (std::size_t i = 0; i < count; ++i) most = std::max(most, squaredLength(minus(at(i), mean)));
+  return most;
+}
+
+template <class At>
+double mostSquared(std::size_t count, At at) {
+  return spreadSquared(count, Vec3{}, at);
+}
+
+// How far from every point of a piece p may be so that f bends upwards: least |S'|^2 / most |S''|.
+double bendReach(const Vec3* b, std::size_t count) {
+  const double p = static_cast<double>(count - 1);
+  const auto first = [&](std::size_t i) { return minus(b[i + 1], b[i]); };
+  const auto second = [&](std::size_t i) { return minus(first(i + 1), first(i)); };
+  const Vec3 mean = meanOf(count - 1, first);
+  const double slowest =
+      std::sqrt(squaredLength(mean)) - std::sqrt(spreadSquared(count - 1, mean, first));
+  if (!(slowest > 0)) return 0;
+  const double bend = count > 2 ? std::sqrt(mostSquared(count - 2, second)) : 0.0;
+  return bend > 0 ? p * slowest * slowest / ((p - 1) * bend) : kInfinity;
+}
+
+// The same for a patch: least singular value of (Su, Sv) squared / most norm of second derivatives.
+double bendReach(const Vec3* b, std::size_t rows, std::size_t columns) {
+  const double p = static_cast<double>(rows - 1), q = static_cast<double>(columns - 1);
+  const auto at = [&](std::size_t i, std::size_t j) -> const Vec3& { return b[i * columns + j]; };
+  const auto su = [&](std::size_t n) {
+    const std::size_t i = n / columns, j = n % columns;
+    return times(p, minus(at(i + 1, j), at(i, j)));
+  };
+  const auto sv = [&](std::size_t n) {
+    const std::size_t i = n / (columns - 1), j = n % (columns - 1);
+    return times(q, minus(at(i, j + 1), at(i, j)));
+  };
+  const std::size_t alongU = (rows - 1) * columns, alongV = rows * (columns - 1);
+  const Vec3 u = meanOf(alongU, su), v = meanOf(alongV, sv);
+  const double uu = dot(u, u), uv = dot(u, v), vv = dot(v, v);
+  const double least = (uu + vv - std::sqrt((uu - vv) * (uu - vv) + 4 * uv * uv)) / 2;
+  const double slowest = std::sqrt(std::max(least, 0.0)) -
+                         std::sqrt(spreadSquared(alongU, u, su) + spreadSquared(alongV, v, sv));
+  if (!(slowest > 0)) return 0;
+  const auto suu = [&](std::size_t n) {
+    const std::size_t i = n / columns, j = n % columns;
+    return times(p - 1, minus(su((i + 1) * columns + j), su(n)));
+  };
+  const auto svv = [&](std::size_t n) {
+    const std::size_t i = n / (columns - 2), j = n % (columns - 2);
+    return times(q - 1, minus(sv(i * (columns - 1) + j + 1), sv(i * (columns - 1) + j)));
+  };
+  const auto suv = [&](std::size_t n) {
+    const std::size_t i = n / (columns - 1), j = n % (columns - 1);
+    return times(q, minus(su(i * columns + j + 1), su(i * columns + j)));
+  };
+  double bend = 2 * mostSquared((rows - 1) * (columns - 1), suv);
+  if (rows > 2) bend += mostSquared((rows - 2) * columns, suu);
+  if (columns > 2) bend += mostSquared(rows * (columns - 2), svv);
+  return bend > 0 ? slowest * slowest / std::sqrt(bend) : kInfinity;
+}
+
+// From the centre of the box: all points within it are nearer than this plus half its diagonal.
+double reachFrom(const Box& box, double bendReach) {
+  return bendReach - std::sqrt(squaredLength(minus(box.high, box.low))) / 2;
+}
+
+bool isWithinReach(const Vec3& p, const Vec3& centre, double reach) {
+  return reach > 0 && squaredLength(minus(p, centre)) < reach * reach;
+}
+
+std::vector<Box> boxesOf(const CurvePieces& pieces) {
+  std::vector<Box> boxes;
+  for (std::size_t span = 0; span < pieces.spans().count(); ++span) {
+    boxes.push_back(Box::of(pieces.piece(span), pieces.order()));
+  }
+  return boxes;
+}
+
+std::vector<Box> boxesOf(const SurfacePieces& pieces) {
+  std::vector<Box> boxes;
+  for (std::size_t a = 0; a < pieces.spans(0).count(); ++a) {
+    for (std::size_t b = 0; b < pieces.spans(1).count(); ++b) {
+      boxes.push_back(Box::of(pieces.piece(a, b), pieces.order(0) * pieces.order(1)));
+    }
+  }
+  return boxes;
 }
 
 }  // namespace
 
+// ---- Curves -------------------------------------------------------------------------------------
+
 CurveProjector::CurveProjector(const Spline& original)
-    : exponent_(evenExponent(original.controls)),
+    : exponent_(rangeExponent(original.controls)),
       dim_(original.dim),
-      shape_(scaled(original, exponent_)) {
-  const Spline s = scaled(original, exponent_);
-  const auto p = static_cast<std::size_t>(s.degree[0]);
-  const int samples = 2 * s.degree[0] + 2;
-  const std::vector<double>& t = s.knots[0];
-  for (std::size_t k = p; k < s.size[0]; ++k) {
-    if (!(t[k] < t[k + 1])) continue;
-    Span span{t[k], t[k + 1], vec3(s.control(k), dim_), vec3(s.control(k), dim_), {}};
-    for (std::size_t i = k - p; i < k; ++i) widen(span.low, span.high, vec3(s.control(i), dim_));
-    for (int i = 0; i <= samples; ++i) {
-      span.samples.push_back(shape_.point(span.from + (span.to - span.from) * i / samples));
-    }
-    spans_.push_back(std::move(span));
+      pieces_(scaled(original, exponent_)),
+      tree_(boxesOf(pieces_)) {
+  for (std::size_t span = 0; span < pieces_.spans().count(); ++span) {
+    const Vec3* const b = pieces_.piece(span);
+    const Box box = Box::of(b, pieces_.order());
+    bounds_.push_back({box.centre(), reachFrom(box, bendReach(b, pieces_.order()))});
   }
 }
 
-double CurveProjector::squared(const Vec3& p, double u) const {
-  return squaredLength(minus(shape_.point(u), p));
+// The jet is by u, and at a knot that of the span asked for.
+CurveProjector::Place CurveProjector::placeAt(const Vec3& p, double u, std::size_t span) const {
+  Place place{u, 0, span, {}};
+  const double from = pieces_.spans().from(span);
+  const double scale = 1 / (pieces_.spans().to(span) - from);
+  place.jet = bezierJet(pieces_.piece(span), pieces_.order(), (u - from) * scale);
+  place.jet.first = times(scale, place.jet.first);
+  place.jet.second = times(scale * scale, place.jet.second);
+  place.squared = squaredLength(minus(place.jet.at, p));
+  return place;
 }
 
-CurveProjector::Place CurveProjector::descended(const Vec3& p, double start, double from,
-                                                double to) const {
+// Within one span alone its own derivatives hold at both ends, wherever the next one turns to.
+CurveProjector::Place CurveProjector::descended(const Vec3& p, double start, double from, double to,
+                                                std::optional<std::size_t> only) const {
   constexpr int kSteps = 30;
-  Place best{std::clamp(start, from, to), 0};
-  best.squared = squared(p, best.u);
+  const auto spanOf = [&](double u, std::size_t near) {
+    return only ? *only : pieces_.spans().find(u, near);
+  };
+  const double begin = std::clamp(start, from, to);
+  Place best = placeAt(p, begin, spanOf(begin, 0));
   for (int step = 0; step < kSteps; ++step) {
-    std::array<Vec3, 3> d;  // C, C', C''
-    shape_.eval(best.u, 2, d[0].data());
-    const Vec3 r = minus(d[0], p);
-    const double slope = dot(r, d[1]), speed = dot(d[1], d[1]);
-    const double bend = speed + dot(r, d[2]);
+    const CurveJet& c = best.jet;
+    const Vec3 r = minus(c.at, p);
+    const double slope = dot(r, c.first), speed = dot(c.first, c.first);
+    const double bend = speed + dot(r, c.second);
     const double divisor = bend > 0.1 * speed ? bend : speed;  // Newton, else Gauss and Newton
     if (!(divisor > 0) || slope == 0) break;
-    Place next = best;
     double length = -slope / divisor;
-    for (int halving = 0; halving < kHalvings; ++halving, length /= 2) {
-      next.u = std::clamp(best.u + length, from, to);
-      next.squared = squared(p, next.u);
-      if (next.squared < best.squared) break;
+    bool isNearer = false;
+    Place next = best;
+    for (int halving = 0; halving < kHalvings && !isNearer; ++halving, length /= 2) {
+      const double u = std::clamp(best.u + length, from, to);
+      if (u == best.u) break;
+      next = placeAt(p, u, spanOf(u, best.span));
+      isNearer = next.squared < best.squared;
     }
-    if (!(next.squared < best.squared)) break;
+    if (!isNearer) break;
     const bool settled = std::abs(next.u - best.u) <= 1e-15 * (to - from);
     best = next;
     if (settled) break;
@@ -108,71 +211,104 @@ CurveProjector::Place CurveProjector::descended(const Vec3& p, double start, dou
   return best;
 }
 
-// Descends from the samples of a span that are nearer than their neighbours.
-void CurveProjector::improve(const Vec3& p, const Span& span, Place& best) const {
-  const std::size_t n = span.samples.size();
-  std::vector<double> value(n);
-  for (std::size_t i = 0; i < n; ++i) value[i] = squaredLength(minus(span.samples[i], p));
-  const double step = (span.to - span.from) / static_cast<double>(n - 1);
-  for (std::size_t i = 0; i < n; ++i) {
-    if ((i > 0 && value[i - 1] < value[i]) || (i + 1 < n && value[i + 1] < value[i])) continue;
-    const double u = span.from + step * static_cast<double>(i);
-    const Place place = descended(p, u, std::max(span.from, u - step), std::min(span.to, u + step));
+void CurveProjector::improve(const Vec3& p, std::size_t span, Place& best) const {
+  const double from = pieces_.spans().from(span), to = pieces_.spans().to(span);
+  if (isWithinReach(p, bounds_[span].centre, bounds_[span].reach)) {
+    if (from < best.u && best.u < to) return;
+    const Place place = descended(p, best.u, from, to, span);
     if (place.squared < best.squared) best = place;
+    return;
   }
+  const Vec3* const b = pieces_.piece(span);
+  search(p, {{b, b + pieces_.order()}, from, to}, span, 0, best);
+}
+
+void CurveProjector::search(const Vec3& p, const Piece& piece, std::size_t span, int depth,
+                            Place& best) const {
+  const std::size_t order = pieces_.order();
+  const Box box = Box::of(piece.controls.data(), order);
+  if (box.squaredFrom(p) >= best.squared) return;
+  const double reach = reachFrom(box, bendReach(piece.controls.data(), order));
+  const bool bendsUp = isWithinReach(p, box.centre(), reach);
+  if (bendsUp && piece.from < best.u && best.u < piece.to) return;
+  const double middle = piece.from + (piece.to - piece.from) / 2;
+  if (bendsUp || depth == kCurveDepth) {
+    const Place place = descended(p, middle, piece.from, piece.to, span);
+    if (place.squared < best.squared) best = place;
+    return;
+  }
+  Piece first{piece.controls, piece.from, middle}, second{piece.controls, middle, piece.to};
+  halveBezier(first.controls.data(), second.controls.data(), order);
+  const auto away = [&](const Piece& half) {
+    return Box::of(half.controls.data(), order).squaredFrom(p);
+  };
+  if (away(second) < away(first)) std::swap(first, second);
+  search(p, first, span, depth + 1, best);
+  search(p, second, span, depth + 1, best);
+}
+
+Foot CurveProjector::footAt(const double* point, const Place& place) const {
+  Vec3 c = place.jet.at;
+  if (exponent_ != 0) {
+    for (double& x : c) x = std::ldexp(x, exponent_);
+  }
+  return {place.u, 0, norm(minus(c, vec3(point, dim_)))};
 }
 
 Foot CurveProjector::at(const double* point, double u) const {
-  Vec3 c = shape_.point(u);
-  for (double& x : c) x = std::ldexp(x, exponent_);
-  return {u, 0, norm(minus(c, vec3(point, dim_)))};
+  return footAt(point, placeAt(scaledPoint(point, dim_, exponent_), u, pieces_.spans().find(u)));
 }
 
 Foot CurveProjector::nearestWithin(const double* point, double start, double from,
                                    double to) const {
-  return at(point, descended(scaledPoint(point, dim_, exponent_), start, from, to).u);
+  return footAt(point, descended(scaledPoint(point, dim_, exponent_), start, from, to));
 }
 
 Foot CurveProjector::nearest(const double* point, std::optional<double> guess) const {
-  const double first = spans_.front().from, last = spans_.back().to;
+  const double first = pieces_.spans().from(0), last = pieces_.spans().to(bounds_.size() - 1);
   const Vec3 p = scaledPoint(point, dim_, exponent_);
-  Place best{first, kInfinity};
+  Place best{first, kInfinity, 0, {}};
   if (guess && *guess >= first && *guess <= last) best = descended(p, *guess, first, last);
-  for (const Span& span : spans_) {
-    if (boxSquared(span.low, span.high, p) < best.squared) improve(p, span, best);
-  }
-  return at(point, best.u);
+  tree_.visitNear(
+      p, [&] { return best.squared; }, [&](std::size_t span) { improve(p, span, best); });
+  return footAt(point, best);
 }
 
+// ---- Surfaces -----------------------------------------------------------------------------------
+
 SurfaceProjector::SurfaceProjector(const Spline& original)
-    : exponent_(evenExponent(original.controls)),
-      shape_(scaled(original, exponent_)),
-      first_{original.first(0), original.first(1)},
-      last_{original.last(0), original.last(1)} {
-  const Spline s = scaled(original, exponent_);
-  const auto p = static_cast<std::size_t>(s.degree[0]), q = static_cast<std::size_t>(s.degree[1]);
-  const std::vector<double>&tu = s.knots[0], &tv = s.knots[1];
-  for (std::size_t a = p; a < s.size[0]; ++a) {
-    for (std::size_t b = q; b < s.size[1]; ++b) {
-      if (!(tu[a] < tu[a + 1] && tv[b] < tv[b + 1])) continue;
-      const Vec3 corner = vec3(s.control(a, b), 3);
-      Patch patch{{tu[a], tv[b]}, {tu[a + 1], tv[b + 1]}, corner, corner};
-      for (std::size_t i = a - p; i <= a; ++i) {
-        for (std::size_t j = b - q; j <= b; ++j) {
-          widen(patch.low, patch.high, vec3(s.control(i, j), 3));
-        }
-      }
-      patches_.push_back(patch);
+    : exponent_(rangeExponent(original.controls)),
+      pieces_(scaled(original, exponent_)),
+      domain_{{original.first(0), original.first(1)}, {original.last(0), original.last(1)}},
+      tree_(boxesOf(pieces_)) {
+  const std::size_t rows = pieces_.order(0), columns = pieces_.order(1);
+  for (std::size_t a = 0; a < pieces_.spans(0).count(); ++a) {
+    for (std::size_t b = 0; b < pieces_.spans(1).count(); ++b) {
+      const Vec3* const net = pieces_.piece(a, b);
+      const Box box = Box::of(net, rows * columns);
+      bounds_.push_back({box.centre(), reachFrom(box, bendReach(net, rows, columns))});
     }
   }
 }
 
-double SurfaceProjector::squared(const Vec3& p, Place place) const {
-  return squaredLength(minus(shape_.point(place.u, place.v), p));
-}
-
-SurfaceProjector::Place SurfaceProjector::within(Place place) const {
-  return {std::clamp(place.u, first_.u, last_.u), std::clamp(place.v, first_.v, last_.v)};
+// The jet is by u and v, and at knots that of the patch asked for.
+SurfaceProjector::Found SurfaceProjector::placeAt(const Vec3& p, Place at,
+                                                  const Patch& patch) const {
+  const Spans &us = pieces_.spans(0), &vs = pieces_.spans(1);
+  const auto [a, b] = patch;
+  Found found{at, 0, patch, {}};
+  const double su = 1 / (us.to(a) - us.from(a)), sv = 1 / (vs.to(b) - vs.from(b));
+  PatchJet& jet = found.jet;
+  jet = patchJet(pieces_.piece(a, b), pieces_.order(0), pieces_.order(1), (at.u - us.from(a)) * su,
+                 (at.v - vs.from(b)) * sv);
+  pieces_.tellPlaces(at.u, at.v, jet.at);
+  jet.u = times(su, jet.u);
+  jet.v = times(sv, jet.v);
+  jet.uu = times(su * su, jet.uu);
+  jet.uv = times(su * sv, jet.uv);
+  jet.vv = times(sv * sv, jet.vv);
+  found.squared = squaredLength(minus(jet.at, p));
+  return found;
 }
 
 namespace {
@@ -191,18 +327,15 @@ struct LocalModel {
   Bend bend;
 };
 
-LocalModel localModel(const SurfaceShape& shape, const Vec3& p, double u, double v) {
-  std::array<Vec3, 9> d;  // order 2, u fastest: S Su Suu, Sv Suv -, Svv - -
-  shape.eval(u, v, 2, d[0].data());
-  const Vec3 r = minus(d[0], p);
-  const Vec3 &su = d[1], &suu = d[2], &sv = d[3], &suv = d[4], &svv = d[6];
-  const Bend gauss{dot(su, su), dot(su, sv), dot(sv, sv)};
-  const Bend newton{gauss.uu + dot(r, suu), gauss.uv + dot(r, suv), gauss.vv + dot(r, svv)};
-  return {dot(r, su), dot(r, sv), newton.isPositive() ? newton : gauss};
+LocalModel localModel(const PatchJet& s, const Vec3& p) {
+  const Vec3 r = minus(s.at, p);
+  const Bend gauss{dot(s.u, s.u), dot(s.u, s.v), dot(s.v, s.v)};
+  const Bend newton{gauss.uu + dot(r, s.uu), gauss.uv + dot(r, s.uv), gauss.vv + dot(r, s.vv)};
+  return {dot(r, s.u), dot(r, s.v), newton.isPositive() ? newton : gauss};
 }
 
 // The step to the model's lowest place; where the bend is singular, along one direction alone. A
-// direction that is not free, because the slope leads out of the domain, keeps its parameter.
+// direction that is not free, because the slope leads out of the range, keeps its parameter.
 SurfaceProjector::Place stepOf(const LocalModel& m, bool freeU, bool freeV) {
   const Bend& b = m.bend;
   if (freeU && freeV && b.determinant() > 1e-12 * b.uu * b.vv) {
@@ -216,25 +349,36 @@ SurfaceProjector::Place stepOf(const LocalModel& m, bool freeU, bool freeV) {
 
 }  // namespace
 
-SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start) const {
+SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start, const Range& range,
+                                                    std::optional<Patch> only) const {
   constexpr int kSteps = 40;
-  const double size = last_.u - first_.u + last_.v - first_.v;
-  Found best{within(start), 0};
-  best.squared = squared(p, best.place);
+  const auto &from = range.from, &to = range.to;
+  const auto patchOf = [&](const Place& place, const Patch& near) {
+    if (only) return *only;
+    return Patch{pieces_.spans(0).find(place.u, near[0]), pieces_.spans(1).find(place.v, near[1])};
+  };
+  const auto within = [&](double u, double v) {
+    return Place{std::clamp(u, from.u, to.u), std::clamp(v, from.v, to.v)};
+  };
+  const double size = to.u - from.u + to.v - from.v;
+  const Place begin = within(start.u, start.v);
+  Found best = placeAt(p, begin, patchOf(begin, {0, 0}));
   for (int step = 0; step < kSteps; ++step) {
     const auto [u, v] = best.place;
-    const LocalModel model = localModel(shape_, p, u, v);
-    const bool outU = (u <= first_.u && model.slopeU > 0) || (u >= last_.u && model.slopeU < 0);
-    const bool outV = (v <= first_.v && model.slopeV > 0) || (v >= last_.v && model.slopeV < 0);
+    const LocalModel model = localModel(best.jet, p);
+    const bool outU = (u <= from.u && model.slopeU > 0) || (u >= to.u && model.slopeU < 0);
+    const bool outV = (v <= from.v && model.slopeV > 0) || (v >= to.v && model.slopeV < 0);
     Place move = stepOf(model, !outU, !outV);
+    bool isNearer = false;
     Found next = best;
-    for (int halving = 0; halving < kHalvings; ++halving) {
-      next.place = within({u + move.u, v + move.v});
-      next.squared = squared(p, next.place);
-      if (next.squared < best.squared) break;
+    for (int halving = 0; halving < kHalvings && !isNearer; ++halving) {
+      const Place place = within(u + move.u, v + move.v);
+      if (place.u == u && place.v == v) break;
+      next = placeAt(p, place, patchOf(place, best.patch));
+      isNearer = next.squared < best.squared;
       move = {move.u / 2, move.v / 2};
     }
-    if (!(next.squared < best.squared)) break;
+    if (!isNearer) break;
     const bool settled = std::abs(next.place.u - u) + std::abs(next.place.v - v) <= 1e-14 * size;
     best = next;
     if (settled) break;
@@ -242,52 +386,76 @@ SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start) 
   return best;
 }
 
-// Samples of a patch that are no further from the point than the samples around them.
-std::vector<SurfaceProjector::Place> SurfaceProjector::valleys(const Vec3& p,
-                                                               const Patch& patch) const {
-  constexpr int kSide = 6;
-  const auto place = [&](int i, int j) {
-    const double a = static_cast<double>(i) / (kSide - 1), b = static_cast<double>(j) / (kSide - 1);
-    return Place{patch.from.u + (patch.to.u - patch.from.u) * a,
-                 patch.from.v + (patch.to.v - patch.from.v) * b};
-  };
-  std::array<double, std::size_t{kSide} * kSide> values;
-  const auto value = [&](int i, int j) -> double& {
-    return values[static_cast<std::size_t>(i) * kSide + static_cast<std::size_t>(j)];
-  };
-  for (int i = 0; i < kSide; ++i) {
-    for (int j = 0; j < kSide; ++j) value(i, j) = squared(p, place(i, j));
+namespace {
+
+// Whether the place lies within, not on the border: there the pieces may meet at an edge.
+bool holds(const SurfaceProjector::Place& from, const SurfaceProjector::Place& to,
+           const SurfaceProjector::Place& place) {
+  return from.u < place.u && place.u < to.u && from.v < place.v && place.v < to.v;
+}
+
+}  // namespace
+
+void SurfaceProjector::improve(const Vec3& p, std::size_t patch, Found& best) const {
+  const std::size_t a = patch / pieces_.spans(1).count(), b = patch % pieces_.spans(1).count();
+  const Range range{{pieces_.spans(0).from(a), pieces_.spans(1).from(b)},
+                    {pieces_.spans(0).to(a), pieces_.spans(1).to(b)}};
+  if (isWithinReach(p, bounds_[patch].centre, bounds_[patch].reach)) {
+    if (holds(range.from, range.to, best.place)) return;
+    const Found found = descended(p, best.place, range, Patch{a, b});
+    if (found.squared < best.squared) best = found;
+    return;
   }
-  const auto isLow = [&](int i, int j) {
-    for (int a = std::max(i - 1, 0); a <= std::min(i + 1, kSide - 1); ++a) {
-      for (int b = std::max(j - 1, 0); b <= std::min(j + 1, kSide - 1); ++b) {
-        if (value(a, b) < value(i, j)) return false;
-      }
-    }
-    return true;
-  };
-  std::vector<Place> out;
-  for (int i = 0; i < kSide; ++i) {
-    for (int j = 0; j < kSide; ++j) {
-      if (isLow(i, j)) out.push_back(place(i, j));
-    }
+  const Vec3* const net = pieces_.piece(a, b);
+  search(p, {{net, net + pieces_.order(0) * pieces_.order(1)}, range}, {a, b}, 0, best);
+}
+
+void SurfaceProjector::search(const Vec3& p, const Piece& piece, const Patch& patch, int depth,
+                              Found& best) const {
+  const std::size_t rows = pieces_.order(0), columns = pieces_.order(1);
+  const std::vector<Vec3>& net = piece.controls;
+  const Box box = Box::of(net.data(), net.size());
+  if (box.squaredFrom(p) >= best.squared) return;
+  const auto& [from, to] = piece.range;
+  const bool bendsUp =
+      isWithinReach(p, box.centre(), reachFrom(box, bendReach(net.data(), rows, columns)));
+  if (bendsUp && holds(from, to, best.place)) return;
+  const Place middle{from.u + (to.u - from.u) / 2, from.v + (to.v - from.v) / 2};
+  if (bendsUp || depth == kSurfaceDepth) {
+    const Found found = descended(p, middle, piece.range, patch);
+    if (found.squared < best.squared) best = found;
+    return;
   }
-  return out;
+  Piece first = piece, second = piece;
+  if (depth % 2 == 0) {
+    for (std::size_t j = 0; j < columns; ++j) {
+      halveBezier(&first.controls[j], &second.controls[j], rows, columns);
+    }
+    first.range.to.u = second.range.from.u = middle.u;
+  } else {
+    for (std::size_t i = 0; i < rows; ++i) {
+      halveBezier(&first.controls[i * columns], &second.controls[i * columns], columns);
+    }
+    first.range.to.v = second.range.from.v = middle.v;
+  }
+  const auto away = [&](const Piece& half) {
+    return Box::of(half.controls.data(), half.controls.size()).squaredFrom(p);
+  };
+  if (away(second) < away(first)) std::swap(first, second);
+  search(p, first, patch, depth + 1, best);
+  search(p, second, patch, depth + 1, best);
 }
 
 Foot SurfaceProjector::nearest(const double* point, std::optional<Place> guess) const {
   const Vec3 p = scaledPoint(point, 3, exponent_);
-  Found best{first_, kInfinity};
-  if (guess) best = descended(p, *guess);
-  for (const Patch& patch : patches_) {
-    if (boxSquared(patch.low, patch.high, p) >= best.squared) continue;
-    for (const Place& start : valleys(p, patch)) {
-      const Found found = descended(p, start);
-      if (found.squared < best.squared) best = found;
-    }
+  Found best{domain_.from, kInfinity, {0, 0}, {}};
+  if (guess) best = descended(p, *guess, domain_);
+  tree_.visitNear(
+      p, [&] { return best.squared; }, [&](std::size_t patch) { improve(p, patch, best); });
+  Vec3 s = best.jet.at;
+  if (exponent_ != 0) {
+    for (double& x : s) x = std::ldexp(x, exponent_);
   }
-  Vec3 s = shape_.point(best.place.u, best.place.v);
-  for (double& x : s) x = std::ldexp(x, exponent_);
   return {best.place.u, best.place.v, norm(minus(s, vec3(point, 3)))};
 }
 

@@ -6,7 +6,8 @@
 #include <optional>
 #include <vector>
 
-#include "model/shape.h"
+#include "fit/box_tree.h"
+#include "model/bezier.h"
 #include "model/spline.h"
 #include "model/vec3.h"
 
@@ -32,23 +33,35 @@ class CurveProjector {
   Foot at(const double* point, double u) const;
 
  private:
-  struct Span {
-    double from, to;
-    Vec3 low, high;  // of the control points, which hold the span between them
-    std::vector<Vec3> samples;
-  };
-  // A place and half-way work on it: the square of the distance in scaled coordinates.
+  // A place with what is known there; parameters are those of the curve.
   struct Place {
     double u, squared;
+    std::size_t span;
+    CurveJet jet;
   };
-  Place descended(const Vec3& point, double start, double from, double to) const;
-  void improve(const Vec3& point, const Span& span, Place& best) const;
-  double squared(const Vec3& point, double u) const;
+  // A bound on a span: seen from within `reach` of its centre it has one nearest place at most.
+  struct Bound {
+    Vec3 centre;
+    double reach;
+  };
+  // Part of a span.
+  struct Piece {
+    std::vector<Vec3> controls;
+    double from, to;
+  };
+  Place placeAt(const Vec3& point, double u, std::size_t span) const;
+  Place descended(const Vec3& point, double start, double from, double to,
+                  std::optional<std::size_t> only = {}) const;
+  void improve(const Vec3& point, std::size_t span, Place& best) const;
+  void search(const Vec3& point, const Piece& piece, std::size_t span, int depth,
+              Place& best) const;
+  Foot footAt(const double* point, const Place& place) const;
 
   int exponent_;  // coordinates are scaled by 2^-exponent_
   int dim_;
-  CurveShape shape_;
-  std::vector<Span> spans_;
+  CurvePieces pieces_;
+  std::vector<Bound> bounds_;
+  BoxTree tree_;
 };
 
 /// Finds nearest points of a surface.
@@ -66,23 +79,37 @@ class SurfaceProjector {
   Foot nearest(const double* point, std::optional<Place> guess = {}) const;
 
  private:
-  struct Patch {
+  using Patch = std::array<std::size_t, 2>;  // spans of u and v
+  struct Range {
     Place from, to;
-    Vec3 low, high;  // of the control points, which hold the patch between them
   };
   struct Found {
     Place place;
     double squared;
+    Patch patch;
+    PatchJet jet;
   };
-  Found descended(const Vec3& point, Place start) const;
-  std::vector<Place> valleys(const Vec3& point, const Patch& patch) const;
-  double squared(const Vec3& point, Place place) const;
-  Place within(Place place) const;
+  struct Bound {
+    Vec3 centre;
+    double reach;
+  };
+  // Part of a patch.
+  struct Piece {
+    std::vector<Vec3> controls;
+    Range range;
+  };
+  Found placeAt(const Vec3& point, Place place, const Patch& patch) const;
+  Found descended(const Vec3& point, Place start, const Range& range,
+                  std::optional<Patch> only = {}) const;
+  void improve(const Vec3& point, std::size_t patch, Found& best) const;
+  void search(const Vec3& point, const Piece& piece, const Patch& patch, int depth,
+              Found& best) const;
 
   int exponent_;
-  SurfaceShape shape_;
-  Place first_, last_;  // the domain
-  std::vector<Patch> patches_;
+  SurfacePieces pieces_;
+  Range domain_;
+  std::vector<Bound> bounds_;
+  BoxTree tree_;
 };
 
 }  // namespace knotfit

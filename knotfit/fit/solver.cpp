@@ -21,6 +21,12 @@ namespace {
 
 constexpr std::size_t kHouseholderLimit = 65536;  // its counts have 16 bits
 
+bool fitsMemory(double bytes, std::optional<double> room) {
+  constexpr double kShare = 0.9;  // of the free memory: the rest is for rows and files
+  const double addresses = std::ldexp(1.0, std::numeric_limits<std::size_t>::digits - 2);
+  return bytes <= addresses && (!room || bytes <= kShare * *room);
+}
+
 std::string gigabytes(double bytes) { return cat(decimals(bytes / 1e9, 1), " GB"); }
 
 std::vector<double> singularValues(const DoubleGenMat& a) {
@@ -54,7 +60,19 @@ std::string deficientText(const RowMatrix& matrix) {
 
 }  // namespace
 
-const char* nameOf(Method method) { return method == Method::kQr ? "qr" : "householder"; }
+const char* nameOf(Method method) {
+  switch (method) {
+    case Method::kAuto:
+      return "auto";
+    case Method::kQr:
+      return "qr";
+    case Method::kBanded:
+      return "banded";
+    case Method::kHouseholder:
+      break;
+  }
+  return "householder";
+}
 
 std::unique_ptr<TsolveConstrainedLsq> newSolver(const SolverOptions& o) {
   static TsolverReporter silent(true);
@@ -91,22 +109,43 @@ std::optional<double> freeMemory() {
 
 void checkSize(std::size_t rows, std::size_t unknowns, Method method, std::optional<double> room) {
   constexpr double kBytesPerEntry = 24;  // three copies: handed over, the solver's own, its factors
-  constexpr double kShare = 0.9;         // of the free memory: the rest is for rows and files
   constexpr double kMostEntries = 4294967295.0;  // the library counts a matrix in 32 bits
-  if (method == Method::kHouseholder && std::max(rows, unknowns) >= kHouseholderLimit) {
+  if (method != Method::kQr && std::max(rows, unknowns) >= kHouseholderLimit) {
     throw Fault(kUsage,
                 cat(rows, " rows and ", unknowns, " control points: the householder solver ",
                     "takes fewer than ", kHouseholderLimit, "; use --thin ",
-                    rows / kHouseholderLimit + 1, " or --solver qr"));
+                    rows / kHouseholderLimit + 1, " or --solver qr, for a curve --solver auto"));
   }
   const double entries = static_cast<double>(rows) * static_cast<double>(unknowns);
   const double bytes = kBytesPerEntry * entries;
-  const double addresses = std::ldexp(1.0, std::numeric_limits<std::size_t>::digits - 2);
-  const bool fits = !room || bytes <= kShare * *room;
-  if (fits && bytes <= addresses && entries <= kMostEntries) return;
+  if (fitsMemory(bytes, room) && entries <= kMostEntries) return;
   throw Fault(kUsage, cat("the dense system of ", rows, " x ", unknowns, " takes ",
                           gigabytes(bytes), room ? cat(", ", gigabytes(*room), " are free") : "",
                           "; use fewer --controls or --thin N"));
+}
+
+Method methodFor(Method asked, std::size_t rows, std::size_t unknowns) {
+  constexpr double kMostEntries = 1e7;  // beyond, the dense matrix costs seconds
+  if (asked != Method::kAuto) return asked;
+  const double entries = static_cast<double>(rows) * static_cast<double>(unknowns);
+  const bool isDense = entries <= kMostEntries && std::max(rows, unknowns) < kHouseholderLimit;
+  return isDense ? Method::kHouseholder : Method::kBanded;
+}
+
+void checkBandedSize(std::size_t unknowns, std::size_t order, std::size_t sides,
+                     std::size_t constraints, std::optional<double> room) {
+  const double n = static_cast<double>(unknowns), width = static_cast<double>(order + sides);
+  // A triangle for each span, the band, the solution in a few copies, constraints across the band.
+  const double bytes = 8 * n *
+                       (static_cast<double>(order) * width + width +
+                        8 * static_cast<double>(sides) + 6 * static_cast<double>(constraints));
+  constexpr double kMostNumbers = 2147483647.0;  // the library counts numbers in 31 bits
+  if (fitsMemory(bytes, room) && n * static_cast<double>(sides + constraints) <= kMostNumbers) {
+    return;
+  }
+  throw Fault(kUsage,
+              cat("the banded system of ", unknowns, " control points takes ", gigabytes(bytes),
+                  room ? cat(", ", gigabytes(*room), " are free") : "", "; use fewer --controls"));
 }
 
 FactoredSystem::FactoredSystem(const RowMatrix& matrix, const SolverOptions& options)

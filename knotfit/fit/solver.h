@@ -13,14 +13,14 @@
 
 namespace knotfit {
 
-/// Which of the library's solvers works.
-enum class Method { kHouseholder, kQr };
+/// Which of the library's solvers works; kAuto stands for the one that suits the size.
+enum class Method { kAuto, kHouseholder, kQr, kBanded };
 
-/// @return "householder" or "qr".
+/// @return "auto", "householder", "qr" or "banded".
 const char* nameOf(Method method);
 
 struct SolverOptions {
-  Method method = Method::kHouseholder;
+  Method method = Method::kAuto;
   double rankTolerance = 1e-10;
   TsolverReporter* reporter = nullptr;  ///< null: silent
 };
@@ -40,6 +40,15 @@ std::optional<double> freeMemory();
 void checkSize(std::size_t rows, std::size_t unknowns, Method method,
                std::optional<double> room = freeMemory());
 
+/// @return the solver that `asked` stands for: for kAuto the dense one by reflections where the
+/// dense system has at most 1e7 entries and the solver takes it, the banded one beyond.
+Method methodFor(Method asked, std::size_t rows, std::size_t unknowns);
+
+/// Faults (exit code 2) when the banded system is larger than memory holds.
+/// @param sides  right-hand sides.
+void checkBandedSize(std::size_t unknowns, std::size_t order, std::size_t sides,
+                     std::size_t constraints, std::optional<double> room = freeMemory());
+
 /// A factored system.
 class FactoredSystem {
  public:
@@ -58,10 +67,10 @@ class FactoredSystem {
   std::unique_ptr<TsolveConstrainedLsq> solver_;
 };
 
-/// What the singular values of a matrix tell.
+/// What the singular values of a matrix tell, or the solver alone.
 struct Spectrum {
-  std::size_t rank = 0;  ///< singular values above rounding
-  double condition = 0;  ///< largest over smallest; infinity where the rank is deficient
+  std::size_t rank = 0;             ///< singular values above rounding, or pivots above tolerance
+  std::optional<double> condition;  ///< largest over smallest; infinity where the rank is deficient
 };
 
 /// @return the spectrum of the whole matrix, constraints included; nothing where finding it would

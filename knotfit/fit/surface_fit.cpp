@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Fits of surfaces to grids: the tensor product, one direction after the other.
 //
-// As for curves, the grid is brought to a size near 1 by a power of two and the fit scaled back.
+// As for curves, a grid of extreme size is brought to a size near 1 by a power of two and the fit
+// scaled back.
 #include "fit/surface_fit.h"
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include "base/fault.h"
 #include "fit/grid_solver.h"
 #include "fit/nearest.h"
+#include "model/bezier.h"
 #include "model/scale.h"
 #include "model/vec3.h"
 
@@ -27,11 +29,13 @@ std::vector<double> spread(const PointGrid& grid, bool alongU, Spacing spacing) 
 }
 
 std::vector<double> distancesAt(const SurfaceFit& fit, const PointGrid& grid) {
-  const SurfaceShape shape(fit.spline);
+  const SurfacePieces pieces(fit.spline);
   std::vector<double> out;
+  out.reserve(grid.rows * grid.columns);
+  std::array<std::size_t, 2> span{};
   for (std::size_t i = 0; i < grid.rows; ++i) {
     for (std::size_t j = 0; j < grid.columns; ++j) {
-      const Vec3 at = shape.point(fit.parameters[0][i], fit.parameters[1][j]);
+      const Vec3 at = pieces.point(fit.parameters[0][i], fit.parameters[1][j], span);
       out.push_back(norm(minus(at, vec3(grid.at(i, j), 3))));
     }
   }
@@ -75,6 +79,7 @@ TtupleMatrix cornersOf(const PointGrid& grid, const std::array<std::size_t, 2>& 
 SurfaceFit fitWith(const PointGrid& grid, const FitOptions& options,
                    const std::array<std::size_t, 2>& controls) {
   SurfaceFit fit;
+  if (options.solver.method == Method::kQr) fit.method = Method::kQr;
   Spline& s = fit.spline;
   s.directions = 2;
   s.degree = options.degree;
@@ -167,14 +172,21 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
                                                      grid.rows, smoothed, "grid's u direction"),
                                         controlCount(options.controls[1], options.degree[1],
                                                      grid.columns, smoothed, "grid's v direction")};
-  const int exponent = evenExponent(grid.coords);
-  PointGrid scaled = grid;
-  scaleBy(scaled, -exponent);
-  FitOptions scaledOptions = options;
-  scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
-  SurfaceFit fit =
-      options.tolerance > 0 ? fitWithin(scaled, scaledOptions) : fitWith(scaled, scaledOptions, n);
-  fit.met = fit.miss <= kMissRounding;
+  const auto fitted = [&](const PointGrid& g, const FitOptions& o) {
+    return o.tolerance > 0 ? fitWithin(g, o) : fitWith(g, o, n);
+  };
+  const int exponent = rangeExponent(grid.coords);
+  SurfaceFit fit;
+  if (exponent == 0) {
+    fit = fitted(grid, options);
+  } else {
+    PointGrid scaled = grid;
+    scaleBy(scaled, -exponent);
+    FitOptions scaledOptions = options;
+    scaledOptions.tolerance = std::ldexp(options.tolerance, -exponent);
+    fit = fitted(scaled, scaledOptions);
+  }
+  fit.met = std::ldexp(fit.miss, exponent - evenExponent(grid.coords)) <= kMissRounding;
   for (std::size_t k = 0; k < 2; ++k) fit.spectra[k] = spectrumOf(fit.matrices[k]);
   scaleBy(fit.spline, exponent);
   if (fit.spline.heights) fit.spline.heights = grid.heights;  // what had become too small to scale
@@ -188,6 +200,7 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
 std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid) {
   const SurfaceProjector projector(fit.spline);
   std::vector<double> out;
+  out.reserve(grid.rows * grid.columns);
   for (std::size_t i = 0; i < grid.rows; ++i) {
     for (std::size_t j = 0; j < grid.columns; ++j) {
       out.push_back(projector.nearest(grid.at(i, j), {{fit.parameters[0][i], fit.parameters[1][j]}})

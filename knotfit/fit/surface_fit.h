@@ -20,9 +20,10 @@ struct SurfaceFit {
   std::vector<double> distances;                  ///< at the parameters, grid row after row
   std::array<RowMatrix, 2> matrices;              ///< that were solved, of u and of v
   std::array<std::optional<Spectrum>, 2> spectra;
-  double miss = 0;      ///< largest distance from a corner that is to be met
-  bool met = true;      ///< the miss is no more than rounding
-  bool reached = true;  ///< the asked tolerance holds
+  Method method = Method::kHouseholder;  ///< that solved them
+  double miss = 0;                       ///< largest distance from a corner that is to be met
+  bool met = true;                       ///< the miss is no more than rounding
+  bool reached = true;                   ///< the asked tolerance holds
 };
 
 /// Fits a surface. With a tolerance, both numbers of control points grow in proportion to the grid

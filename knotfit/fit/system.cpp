@@ -47,10 +47,15 @@ knotwork::BsplineBasis basisOf(const std::vector<double>& knots, int degree) {
   return knotwork::BsplineBasis(degree, vecOf(knots));
 }
 
-SparseRow::SparseRow(const knotwork::BsplineBasis& basis, double u, int order)
-    : values(static_cast<std::size_t>(basis.degree()) + 1) {
+SparseRow::SparseRow(const knotwork::BsplineBasis& basis, double u, int order) {
+  assign(basis, u, order);
+}
+
+void SparseRow::assign(const knotwork::BsplineBasis& basis, double u, int order) {
+  values.resize(static_cast<std::size_t>(basis.degree()) + 1);
+  columns.resize(values.size());
   const auto first = static_cast<std::size_t>(basis.row(u, order, values.data()));
-  for (std::size_t k = 0; k < values.size(); ++k) columns.push_back(first + k);
+  for (std::size_t k = 0; k < values.size(); ++k) columns[k] = first + k;
 }
 
 void SparseRow::append(const SparseRow& row, double factor) {

@@ -20,6 +20,8 @@ struct SparseRow {
   SparseRow() = default;
   /// A derivative of the basis functions at u; order 0 stands for their values.
   SparseRow(const knotwork::BsplineBasis& basis, double u, int order = 0);
+  /// Makes this the row of another place, in the storage at hand.
+  void assign(const knotwork::BsplineBasis& basis, double u, int order = 0);
   /// Adds `factor` times another row to other columns than those already there.
   void append(const SparseRow& row, double factor);
   /// @return the largest magnitude.

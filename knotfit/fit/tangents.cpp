@@ -19,23 +19,20 @@ namespace {
 
 class TangentLengths {
  public:
-  TangentLengths(const CurveSystem& c, const FactoredSystem& factored, const FitOptions& options)
-      : system_(c), options_(options), dim_(static_cast<std::size_t>(c.dim)) {
-    const std::size_t k = c.tangentRows.size();
-    std::vector<double> unit(c.matrix.rows.size() * k, 0.0);
-    for (std::size_t t = 0; t < k; ++t) unit[c.tangentRows[t] * k + t] = 1.0;
-    shapes_ = factored.solve(unit, static_cast<int>(k));
-    images_ =
-        c.matrix.residual(std::vector<double>(unit.size(), 0.0), shapes_, static_cast<int>(k));
-    for (double& v : images_) v = -v;
+  TangentLengths(const CurveSystem& c, const FitOptions& options, const CurveSolution& solution)
+      : system_(c),
+        options_(options),
+        dim_(static_cast<std::size_t>(c.dim)),
+        x_(solution.controls),
+        shapes_(solution.shapes) {
     for (const Tangent& t : options.tangents) {
       directions_.push_back(times(1.0 / norm(t.direction), t.direction));
     }
   }
 
-  void addTo(std::vector<double>& x) const {
+  void addTo(std::vector<double>& x) {
     const std::size_t k = directions_.size();
-    const DoubleVec lengths = solveLengths(system_.matrix.residual(system_.rhs, x, system_.dim));
+    const DoubleVec lengths = solveLengths();
     for (std::size_t t = 0; t < k; ++t) {
       const double length = lengths(static_cast<int>(t));
       if (!(length > 0)) {
@@ -51,30 +48,56 @@ class TangentLengths {
   }
 
  private:
-  DoubleVec solveLengths(const std::vector<double>& residual) const {
-    const std::size_t k = directions_.size(),
-                      free = system_.matrix.rows.size() - system_.matrix.constraints;
-    const auto size = static_cast<unsigned>(k);
-    DoubleGenMat normal(size, size, 0.0);
-    DoubleVec right(size, 0.0);
+  // The normal equations, row by row.
+  struct Sums {
+    DoubleGenMat normal;
+    DoubleVec right;
+    std::vector<double> residual, images;  // of one row
+  };
+
+  // Adds what a row and its datum, null standing for zeros, contribute.
+  void addRow(const SparseRow& row, const double* datum, double factor, Sums& sums) const {
+    const std::size_t k = directions_.size();
+    sums.residual.assign(dim_, 0.0);
+    for (std::size_t c = 0; datum && c < dim_; ++c) sums.residual[c] = factor * datum[c];
+    sums.images.assign(k, 0.0);
+    for (std::size_t e = 0; e < row.columns.size(); ++e) {
+      const double value = factor * row.values[e];
+      const double* point = x_.data() + dim_ * row.columns[e];
+      const double* shape = shapes_.data() + k * row.columns[e];
+      for (std::size_t c = 0; c < dim_; ++c) sums.residual[c] -= value * point[c];
+      for (std::size_t t = 0; t < k; ++t) sums.images[t] += value * shape[t];
+    }
     for (std::size_t s = 0; s < k; ++s) {
-      for (std::size_t i = 0; i < free; ++i) {
-        const double image = images_[i * k + s];
-        for (std::size_t c = 0; c < dim_; ++c) {
-          right(static_cast<int>(s)) += image * directions_[s][c] * residual[i * dim_ + c];
-        }
-        for (std::size_t t = 0; t < k; ++t) {
-          const double cosine = dot(directions_[s], directions_[t]);
-          normal(static_cast<int>(s), static_cast<int>(t)) += image * images_[i * k + t] * cosine;
-        }
+      const double image = sums.images[s];
+      if (image == 0) continue;
+      for (std::size_t c = 0; c < dim_; ++c) {
+        sums.right(static_cast<int>(s)) += image * directions_[s][c] * sums.residual[c];
       }
+      for (std::size_t t = 0; t < k; ++t) {
+        const double cosine = dot(directions_[s], directions_[t]);
+        sums.normal(static_cast<int>(s), static_cast<int>(t)) += image * sums.images[t] * cosine;
+      }
+    }
+  }
+
+  DoubleVec solveLengths() const {
+    const auto size = static_cast<unsigned>(directions_.size());
+    Sums sums{DoubleGenMat(size, size, 0.0), DoubleVec(size, 0.0), {}, {}};
+    if (system_.data) {
+      system_.data->visit([&](const SparseRow& row, const double* point, double factor) {
+        addRow(row, point, factor, sums);
+      });
+    }
+    for (std::size_t i = 0; i < system_.freeRows(); ++i) {
+      addRow(system_.matrix.rows[i], &system_.rhs[i * dim_], 1.0, sums);
     }
     // Lengths that tangents of one place share are not unique: the solver finds that out.
     TsolveConstrainedLsqQR solver(1e-14, false);
     DoubleVec lengths(size, 0.0);
-    const double scale = solverScale(right.data(), k);
-    if (solver.setMatrix(normal, 0, false, false, false) != 0 ||
-        solver.solve(right * scale, &lengths, false) != 0) {
+    const double scale = solverScale(sums.right.data(), size);
+    if (solver.setMatrix(sums.normal, 0, false, false, false) != 0 ||
+        solver.solve(sums.right * scale, &lengths, false) != 0) {
       throw Fault(kNoSolution, "the tangents have no unique lengths; ask for fewer of them");
     }
     return lengths * (1.0 / scale);
@@ -83,15 +106,14 @@ class TangentLengths {
   const CurveSystem& system_;
   const FitOptions& options_;
   std::size_t dim_;
-  std::vector<double> shapes_, images_;
+  const std::vector<double>&x_, &shapes_;
   std::vector<Vec3> directions_;  // of length 1
 };
 
 }  // namespace
 
-void addTangents(const CurveSystem& curve, const FactoredSystem& factored,
-                 const FitOptions& options, std::vector<double>& controls) {
-  if (!options.tangents.empty()) TangentLengths(curve, factored, options).addTo(controls);
+void addTangents(const CurveSystem& curve, const FitOptions& options, CurveSolution& solution) {
+  if (!options.tangents.empty()) TangentLengths(curve, options, solution).addTo(solution.controls);
 }
 
 }  // namespace knotfit

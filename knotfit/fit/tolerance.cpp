@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "fit/curve_search.h"
 #include "fit/nearest.h"
+#include "model/shape.h"
 #include "model/vec3.h"
 
 namespace knotfit {

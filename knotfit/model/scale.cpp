@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace knotfit {
 namespace {
@@ -23,6 +24,12 @@ int evenExponent(const std::vector<double>& values) {
   if (!(most > 0)) return 0;
   const int e = std::ilogb(most);
   return e - (e & 1);
+}
+
+int rangeExponent(const std::vector<double>& values) {
+  constexpr int kModest = 256;
+  const int e = evenExponent(values);
+  return std::abs(e) <= kModest ? 0 : e;
 }
 
 void scaleBy(std::vector<double>& values, int exponent) {

@@ -17,6 +17,10 @@ namespace knotfit {
 /// @return the even e for which 2^-e brings the largest magnitude to 1 .. 4; 0 for zeros alone.
 int evenExponent(const std::vector<double>& values);
 
+/// @return evenExponent(values) where squares of such numbers, or of their rounding, may come near
+/// an end of the range; else 0: then work on distances needs no scaling.
+int rangeExponent(const std::vector<double>& values);
+
 /// Multiplies by 2^exponent.
 void scaleBy(std::vector<double>& values, int exponent);
 void scaleBy(Spline& spline, int exponent);

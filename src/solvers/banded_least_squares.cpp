@@ -103,7 +103,8 @@ int BandedLeastSquares::solve(TtupleVector* x) {
   conflicting_.resize(0);
   if (x == nullptr) return kBadArgument;
   const auto operation = [&](detail::BandedSystem& system) -> int {
-    return detail::give(system.solve(rankTolerance_, *reporter_), dimension_, x,
+    const detail::MemoryWatch memory;
+    return detail::give(system.solve(rankTolerance_, *reporter_), memory, dimension_, x,
                         {undetermined_, conflicting_, residualSquares_});
   };
   return onSystem(system_, unknowns_, order_, dimension_, spans_, operation);

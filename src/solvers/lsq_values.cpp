@@ -65,14 +65,18 @@ std::optional<ConstraintRow> constraintRow(const IntVec& columns, const DoubleVe
   return row;
 }
 
-int give(const LsqSolution& solution, int dimension, TtupleVector* x, const LsqOutcome& outcome) {
-  outcome.undetermined.reference(toVec<IntVec>(solution.undetermined));
-  outcome.conflicting.reference(toVec<IntVec>(solution.conflicting));
+int give(const LsqSolution& solution, const MemoryWatch& memory, int dimension, TtupleVector* x,
+         const LsqOutcome& outcome) {
+  IntVec undetermined = toVec<IntVec>(solution.undetermined);
+  IntVec conflicting = toVec<IntVec>(solution.conflicting);
+  DoubleVec values = toVec<DoubleVec>(solution.x), squares = toVec<DoubleVec>(solution.squares);
+  TtupleVector points(dimension, values);
+  if (memory.ranOut()) return kNotSolvable;
+  outcome.undetermined.reference(undetermined);
+  outcome.conflicting.reference(conflicting);
   const bool isUnique = solution.undetermined.empty() && solution.conflicting.empty();
   if (!isUnique || !allFinite(solution.x.size(), solution.x.data())) return kDependent;
-  DoubleVec values = toVec<DoubleVec>(solution.x);
-  outcome.squares.reference(toVec<DoubleVec>(solution.squares));
-  TtupleVector points(dimension, values);
+  outcome.squares.reference(squares);
   give(points, x);
   return kSolved;
 }

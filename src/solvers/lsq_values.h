@@ -11,6 +11,7 @@
 #include "knotwork/vector/int_vec.h"
 #include "solvers/exact_rows.h"
 #include "solvers/point_values.h"
+#include "vector/memory_watch.h"
 
 namespace knotwork::detail {
 
@@ -36,7 +37,10 @@ struct LsqOutcome {
 };
 
 /// Hands a solution over. @return the code; *x and the squares are touched only if it is 0.
-int give(const LsqSolution& solution, int dimension, TtupleVector* x, const LsqOutcome& outcome);
+/// @param memory  made before the solution was begun: the small dense systems in it go on where a
+///                vector found no memory, and then their answer is none.
+int give(const LsqSolution& solution, const MemoryWatch& memory, int dimension, TtupleVector* x,
+         const LsqOutcome& outcome);
 
 /// A result of the right shape keeps its storage, which may be part of something larger.
 template <class Values>

@@ -147,7 +147,8 @@ int ScatteredLeastSquares::solve(TtupleVector* x) {
   conflicting_.resize(0);
   if (x == nullptr || !isValid_) return kBadArgument;
   return coded([&] {
-    return detail::give(system().solve(rankTolerance_, threads_, *reporter_), dimension_, x,
+    const detail::MemoryWatch memory;
+    return detail::give(system().solve(rankTolerance_, threads_, *reporter_), memory, dimension_, x,
                         {undetermined_, conflicting_, residualSquares_});
   });
 }

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdarg>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <tuple>
@@ -16,6 +17,7 @@
 
 #include "knotwork/geometry/tuple_matrix.h"
 #include "knotwork/matrix/int_gen_mat.h"
+#include "knotwork/solvers/banded_least_squares.h"
 #include "knotwork/solvers/householder.h"
 #include "knotwork/solvers/solve_constrained_lsq_qr.h"
 #include "knotwork/solvers/solve_tensor_product_lsq.h"
@@ -179,6 +181,49 @@ TEST(ExhaustedMemory, LeavesSolversWithoutAResult) {
   expectResultsOrNone(all, 2);
   expectResultsOrNone(operations<Bench<TsolveConstrainedLsqQR>>());
   expectResultsOrNone(operations<Bench<Derived, int>>(), 0);
+}
+
+TEST(ExhaustedMemory, LeavesABandedSystemWithoutAResult) {
+  if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own";
+  const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
+  Random random{31};
+  const int first[] = {0, 1, 2, 3, 4, 5, 6, 7, 6, 5, 4, 3, 2, 1, 0, 7, 7};
+  constexpr unsigned count = std::size(first);
+  const DoubleVec values = random.vector(3 * count), sides = random.vector(2 * count);
+  const DoubleVec entries = random.vector(3), two = random.vector(2), one(1, 2.0);
+  const IntVec wide = indices({0, 4, 9}), narrow = indices({2});
+  for (const bool periodic : {false, true}) {
+    BandedLeastSquares solver(10, 3, 2, periodic);
+    solver.threads() = 2;
+    TtupleVector x;
+    const auto fill = [&] {
+      solver.clear();
+      int code = solver.prescribe(8, two);
+      if (code == 0) code = solver.addRows(count, first, values.data(), sides.data());
+      if (code == 0) code = solver.addConstraint(wide, entries, two);
+      if (code == 0) code = solver.addConstraint(narrow, one, two);
+      return code == 0 ? solver.solve(&x) : code;
+    };
+    ASSERT_EQ(fill(), 0);
+    const Values expected = valuesOf(DoubleVec(x)), nothing = {7, 7};
+    const auto renew = [&] {
+      TtupleVector untouched(2, 1, 7.0);
+      x.reference(untouched);
+    };
+    renew();
+    int code = 0, refusals = 0;
+    failEveryAllocation([&] { code = fill(); },
+                        [&] {
+                          refusals += code != 0;
+                          ASSERT_TRUE(code == 0 || code == -1) << code;
+                          ASSERT_EQ(valuesOf(DoubleVec(x)), code == 0 ? expected : nothing);
+                          ASSERT_EQ(fill(), 0);
+                          ASSERT_EQ(valuesOf(DoubleVec(x)), expected);
+                          renew();
+                        });
+    EXPECT_GT(refusals, 50);
+  }
+  setMathErrorHandler(before);
 }
 
 TEST(ExhaustedMemory, DoesNotKeepReportersFromReporting) {

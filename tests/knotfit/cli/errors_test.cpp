@@ -207,7 +207,7 @@ const std::vector<ErrorCase>& cases() {
        {"--solver", "magic"},
        line(30),
        2,
-       "--solver: magic not in {householder,qr} (see knotfit curve --help)"},
+       "--solver: magic not in {auto,householder,qr,banded} (see knotfit curve --help)"},
       {"Option",
        {"--colour"},
        line(30),
@@ -295,9 +295,14 @@ TEST(Errors, SystemsThatAreTooLarge) {
   std::string many;
   for (int i = 0; i < 70000; ++i) many += std::to_string(i) + ",0\n";
   write("many.csv", many);
-  EXPECT_EQ(knotfit({"curve", "many.csv", "--controls", "10"}).err,
+  EXPECT_EQ(knotfit({"curve", "many.csv", "--controls", "10", "--solver", "householder"}).err,
             "70000 rows and 10 control points: the householder solver takes fewer than 65536; use "
-            "--thin 2 or --solver qr\n");
+            "--thin 2 or --solver qr, for a curve --solver auto\n");
+  const Outcome taken = knotfit({"curve", "many.csv", "--controls", "10"});
+  EXPECT_EQ(taken.code, 0);
+  EXPECT_NE(taken.out.find("70000 x 10, rank 10, condition not computed, banded\n"),
+            std::string::npos)
+      << taken.out;
   EXPECT_EQ(knotfit({"curve", "many.csv", "--controls", "10", "--solver", "qr", "-q"}).code, 0);
   const Outcome huge = knotfit({"curve", "many.csv", "--controls", "69000", "--solver", "qr"});
   EXPECT_EQ(huge.code, 2);

@@ -3,6 +3,7 @@
 #include "fit/curve_fit.h"
 
 #include <cmath>
+#include <optional>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -57,6 +58,45 @@ TEST(Fits, ConstraintsHoldExactly) {
     FitOptions freed = o;  // no other length of the tangents fits better
     freed.tangents.clear();
     EXPECT_GE(summaryOf(fit.distances).rms, summaryOf(fitCurve(points, freed).distances).rms);
+  }
+}
+
+// Whatever is asked of a fit: all bits of --closed, --ends, --pass, --tangent, --smooth, --corner
+// and weights, at every small degree.
+TEST(Fits, BandedAndDenseSolversAgree) {
+  std::mt19937 random(41);
+  std::uniform_real_distribution<double> weight(0, 2);
+  for (int asked = 0; asked < 1024; ++asked) {
+    PointSet points = wave(40, 2 + asked % 2, static_cast<unsigned>(asked));
+    FitOptions o;
+    o.degree[0] = 1 + asked / 128 % 4;
+    o.controls[0] = 18;
+    o.closed = asked & 1;
+    o.endsExact = asked & 2;
+    if (asked & 4) o.pass = {10, 29};
+    if (asked & 8) o.tangents = {{5, {-0.6, 1, 0.1}}};
+    if (asked & 16) o.smooth = 0.01;
+    if (asked & 32) o.corners = {20};
+    for (std::size_t i = 0; (asked & 64) && i < 40; ++i) points.weights.push_back(weight(random));
+    const auto fitted = [&](Method method) -> std::optional<CurveFit> {
+      o.solver.method = method;
+      try {
+        return fitCurve(points, o);
+      } catch (const Fault& fault) {
+        EXPECT_EQ(fault.code(), kNoSolution);
+        return std::nullopt;
+      }
+    };
+    SCOPED_TRACE(asked);
+    const auto dense = fitted(Method::kHouseholder), banded = fitted(Method::kBanded);
+    if (!dense) continue;  // tangents that point backwards, constraints that say a thing twice
+    ASSERT_TRUE(banded);
+    EXPECT_EQ(dense->rows, banded->rows);
+    EXPECT_LT(banded->miss, 1e-13);
+    EXPECT_EQ(banded->met, dense->met);
+    for (std::size_t i = 0; i < dense->spline.controls.size(); ++i) {
+      ASSERT_NEAR(dense->spline.controls[i], banded->spline.controls[i], 1e-9);
+    }
   }
 }
 
@@ -175,27 +215,6 @@ TEST(Nearest, DescendsFromAnywhereWithASlope) {
     const double h = 1e-4, slope = (projector.at(p, start + h).distance - before) / h;
     if (std::abs(slope) < 0.05) continue;  // already low, or on the peak
     EXPECT_LT(projector.nearestWithin(p, start, 0, 1).distance, before - h) << start;
-  }
-}
-
-TEST(Nearest, AgreesWithDenseSampling) {
-  const PointSet points = wave(50, 2, 13);
-  FitOptions o;
-  o.controls[0] = 12;
-  const Spline curve = fitCurve(points, o).spline;
-  const CurveProjector projector(curve);
-  const CurveShape shape(curve);
-  std::mt19937 random(1);
-  std::uniform_real_distribution<double> place(-1.5, 1.5);
-  for (int trial = 0; trial < 50; ++trial) {
-    const double p[] = {place(random), place(random)};
-    double sampled = 1e9;
-    for (int i = 0; i <= 20000; ++i) {
-      sampled = std::min(sampled, apart(shape.point(i / 20000.0), p, 2));
-    }
-    const double found = projector.nearest(p).distance;
-    EXPECT_LE(found, sampled + 1e-12);
-    EXPECT_GT(found, sampled - 1e-4);
   }
 }
 

@@ -138,33 +138,6 @@ TEST(Surfaces, ColumnsOfAnySizeKeepTheirDigits) {
   }
 }
 
-TEST(Surfaces, NearestPlacesAgreeWithDenseSampling) {
-  const PointGrid grid = plane(10, 10);
-  FitOptions o;
-  o.controls = {6, 6};
-  Spline s = fitSurface(grid, o).spline;
-  for (std::size_t i = 2; i < s.controls.size(); i += 3) {
-    s.controls[i] += std::sin(static_cast<double>(i));
-  }
-  const SurfaceProjector projector(s);
-  const SurfaceShape shape(s);
-  std::mt19937 random(2);
-  std::uniform_real_distribution<double> place(-1, 10);
-  for (int trial = 0; trial < 20; ++trial) {
-    const double p[] = {place(random), place(random) / 2, 2 * place(random)};
-    double sampled = 1e9;
-    for (int i = 0; i <= 150; ++i) {
-      for (int j = 0; j <= 150; ++j) {
-        const auto at = shape.point(i / 150.0, j / 150.0);
-        sampled = std::min(sampled, std::hypot(at[0] - p[0], at[1] - p[1], at[2] - p[2]));
-      }
-    }
-    const double found = projector.nearest(p).distance;
-    EXPECT_LE(found, sampled + 1e-9);
-    EXPECT_GT(found, sampled - 0.1);
-  }
-}
-
 TEST(Surfaces, EdgesAreMetAsAsked) {
   const Folder folder;
   ASSERT_EQ(knotfit({"demo", "."}).code, 0);
