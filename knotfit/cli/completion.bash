@@ -12,6 +12,7 @@ _knotfit() {
     --ends) words='free exact' ;;
     --edges) words='free exact corners' ;;
     --order) words='rows columns' ;;
+    --plane) words='xy fit' ;;
     --units) words='mm cm m in' ;;
     --dir) words='u v' ;;
     --progress) words='auto always never' ;;
@@ -34,7 +35,7 @@ _knotfit() {
   elif [[ -z $words && $current == -* ]]; then
     case ${COMP_WORDS[1]} in
       curve) words="$fit --refine --ends --pass --tangent --closed --corner --weights --columns --merge" ;;
-      surface) words="$fit --edges --height --spacing --order" ;;
+      surface) words="$fit --edges --height --spacing --order --scattered --plane --weights --columns" ;;
       eval) words='--at --n --grid --deriv --normals -o --output --force' ;;
       check) words="--nearest --tol --merge -o --output --force $table" ;;
       insert) words="--knot --dir $output" ;;

@@ -95,7 +95,7 @@ std::array<std::size_t, 2> onePerDirection(const std::string& option, const std:
   return {n.front(), n.back()};
 }
 
-void readWeights(const std::string& file, PointSet& points) {
+void readWeightFile(const std::string& file, PointSet& points) {
   points.weights = readNumbers(file);
   if (points.weights.size() != points.count()) {
     throw Fault(kInput, cat(file, ": ", points.weights.size(), " weights for ", points.count(),
@@ -226,19 +226,52 @@ FitOptions FitArguments::curveOptions(PointSet& points) const {
   if (std::adjacent_find(at.begin(), at.end()) != at.end()) {
     throw Fault(kUsage, "--tangent: names a point twice; give one direction for each point");
   }
-  if (!weights.empty() && isFile(weights)) readWeights(weights, points);
-  checkWeights(points);
+  readWeights(points);
   return o;
+}
+
+void FitArguments::readWeights(PointSet& points) const {
+  if (!weights.empty() && isFile(weights)) readWeightFile(weights, points);
+  checkWeights(points);
 }
 
 FitOptions FitArguments::surfaceOptions() const {
   FitOptions o;
+  for (const auto& [option, given] :
+       {std::pair("--columns", !columns.empty()), std::pair("--weights", !weights.empty()),
+        std::pair("--plane fit", plane == "fit")}) {
+    if (given) throw Fault(kUsage, cat(option, ": is for points in any order; add --scattered"));
+  }
   readShared(o, 2);
   if (!knots.empty() && knots != "average" && knots != "uniform") {
     wrong("--knots", "average or uniform for a surface", knots);
   }
   if (edges == "exact") o.edges = Edges::kExact;
   if (edges == "corners") o.edges = Edges::kCorners;
+  return o;
+}
+
+// Scattered points have neither rows nor borders, and knots that their number could not place.
+FitOptions FitArguments::scatteredOptions() const {
+  FitOptions o;
+  readShared(o, 2);
+  for (const auto& [option, given] :
+       {std::pair("--height", heights), std::pair("--spacing", !spacing.empty()),
+        std::pair("--order", order != "rows"), std::pair("--edges", edges != "free"),
+        std::pair("--param", !param.empty()), std::pair("--solver", solver != "auto"),
+        std::pair("--rank-tol", rankTolerance != SolverOptions().rankTolerance)}) {
+    if (given) {
+      throw Fault(kUsage, cat(option, ": is for grids; leave it out, or leave out --scattered"));
+    }
+  }
+  if (!knots.empty() && knots != "uniform") {
+    wrong("--knots", "uniform for scattered points", knots);
+  }
+  o.knots = KnotChoice::kUniform;
+  o.bestPlane = plane == "fit";
+  if (o.smooth > 0 && std::min(o.degree[0], o.degree[1]) < 2) {
+    throw Fault(kUsage, "--smooth of scattered points wants degree 2 or more in both directions");
+  }
   return o;
 }
 

@@ -22,11 +22,12 @@ namespace knotfit {
 struct FitArguments {
   std::string input, degree, controls, param, knots, ends = "exact", edges = "free";
   std::vector<std::string> pass, tangents, corners;
-  std::string weights, solver = "auto", columns, spacing, order = "rows", units = "mm", report,
-                       progress = "auto";
+  std::string weights, solver = "auto", columns, spacing, order = "rows", plane = "xy",
+                       units = "mm", report, progress = "auto";
   double tolerance = 0, smooth = 0, rankTolerance = 1e-10, merge = -1;
   std::size_t refine = 0, thin = 1;
-  bool closed = false, heights = false, quiet = false, verbose = false, endsGiven = false;
+  bool closed = false, heights = false, scattered = false, quiet = false, verbose = false,
+       endsGiven = false;
   TableArguments table;
   OutputOptions outputs;
 
@@ -34,6 +35,7 @@ struct FitArguments {
   void addCommon(CLI::App& app);
   void addCurve(CLI::App& app);
   void addSurface(CLI::App& app);
+  void addPointColumns(CLI::App& app);
 
   /// @return all files that are read: points, parameters, knots, weights.
   std::vector<std::string> inputs() const;
@@ -42,6 +44,9 @@ struct FitArguments {
   /// Faults: exit code 2 for what makes no sense, 3 for files of parameters, knots or weights.
   FitOptions curveOptions(PointSet& points) const;
   FitOptions surfaceOptions() const;
+  FitOptions scatteredOptions() const;
+  /// Adds the weights of a file. Faults: exit code 3.
+  void readWeights(PointSet& points) const;
   ReportContext context() const;
   Talk talk() const;
 

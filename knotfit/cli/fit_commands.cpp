@@ -50,11 +50,34 @@ int fitCurveCommand(const FitArguments& a, const Streams& streams) {
   return fit.reached ? kDone : kToleranceMissed;
 }
 
-int fitSurfaceCommand(const FitArguments& a, const Streams& streams) {
+int fitScatteredCommand(const FitArguments& a, const Streams& streams) {
   FitOutputs outputs(a.outputs, a.inputs());
   if (!a.report.empty()) outputs.announce(a.report);
-  const PointGrid grid = readGrid(a.input, a.gridOptions());
+  FitOptions options = a.scatteredOptions();
+  PointSet points = readPoints(a.input, a.pointOptions());
+  if (points.dim != 3) {
+    throw Fault(kInput, cat("the points have ", points.dim,
+                            " columns; a surface wants x, y and z (choose them with --columns)"));
+  }
+  a.readWeights(points);
+  Progress progress(a.talk());
+  options.solver.reporter = &progress;
+  const ScatteredFit fit = fitScattered(points, options);
+  progress.wipe();
+  ReportContext context = a.context();
+  context.weighted = !points.weights.empty();
+  Report report = scatteredReport(fit, options, context, nearestDistances(fit, points));
+  finish(a, fit.spline, {&points, nullptr, &fit.parameters, &fit.distances}, report, outputs,
+         streams);
+  return fit.reached ? kDone : kToleranceMissed;
+}
+
+int fitSurfaceCommand(const FitArguments& a, const Streams& streams) {
+  if (a.scattered) return fitScatteredCommand(a, streams);
+  FitOutputs outputs(a.outputs, a.inputs());
+  if (!a.report.empty()) outputs.announce(a.report);
   FitOptions options = a.surfaceOptions();
+  const PointGrid grid = readGrid(a.input, a.gridOptions());
   Progress progress(a.talk());
   options.solver.reporter = &progress;
   const SurfaceFit fit = fitSurface(grid, options);

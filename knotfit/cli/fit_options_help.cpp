@@ -43,6 +43,13 @@ void FitArguments::addCommon(CLI::App& app) {
   outputs.addTo(app);
 }
 
+void FitArguments::addPointColumns(CLI::App& app) {
+  app.add_option("--weights", weights, "a column or a file of weights of the squared distances")
+      ->type_name("COLUMN|FILE");
+  app.add_option("--columns", columns, "columns of x, y and z, by name or number from 1")
+      ->type_name("X,Y,Z");
+}
+
 void FitArguments::addCurve(CLI::App& app) {
   app.add_option("POINTS", input, "CSV, XYZ, OBJ or PLY points; - for standard input")->required();
   addCommon(app);
@@ -67,17 +74,14 @@ void FitArguments::addCurve(CLI::App& app) {
   app.add_option("--corner", corners, "points where the curve may have a corner")
       ->type_name("I[,I...]")
       ->allow_extra_args(false);
-  app.add_option("--weights", weights, "a column or a file of weights of the squared distances")
-      ->type_name("COLUMN|FILE");
-  app.add_option("--columns", columns, "columns of x, y and z, by name or number from 1")
-      ->type_name("X,Y,Z");
+  addPointColumns(app);
   addNumber(app, "--merge", merge, Least::kZero, "leave out points this near to the one before");
   app.footer(
       "\nExample: knotfit curve section.csv --controls 40 --param centripetal -o section.svg");
 }
 
 void FitArguments::addSurface(CLI::App& app) {
-  app.add_option("GRID", input, "CSV of x,y,z triples or heights; - for standard input")
+  app.add_option("GRID", input, "grid of x,y,z triples or heights, or points; - for standard input")
       ->required();
   addCommon(app);
   app.add_option("--solver", solver, "auto|householder|qr [auto]")
@@ -96,6 +100,11 @@ void FitArguments::addSurface(CLI::App& app) {
   app.add_option("--order", order, "rows|columns: which index runs along u [rows]")
       ->check(oneOf({"rows", "columns"}))
       ->type_name("WHICH");
+  app.add_flag("--scattered", scattered, "the points come in any order, as heights over a plane");
+  app.add_option("--plane", plane, "xy, or fit: the best plane of scattered points [xy]")
+      ->check(oneOf({"xy", "fit"}))
+      ->type_name("WHICH");
+  addPointColumns(app);
   app.footer(
       "\nExample: knotfit surface heights.csv --height --spacing 10,10 --controls 30,21 "
       "-o hill.igs");

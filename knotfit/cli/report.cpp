@@ -3,6 +3,7 @@
 // the same facts under the same names.
 #include "cli/report.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 #include <ostream>
@@ -237,6 +238,65 @@ Json surfaceJson(const SurfaceFit& fit, const PointGrid& grid, const FitOptions&
   return j;
 }
 
+// "204, 3 of them without points, 17 points at most"; the first few empty cells are named.
+std::string cellsText(const ScatteredFit& fit) {
+  constexpr std::size_t kNamed = 4;
+  std::size_t most = 0, empty = 0;
+  std::string named;
+  for (std::size_t k = 0; k < fit.points.size(); ++k) {
+    most = std::max(most, fit.points[k]);
+    if (fit.points[k] > 0) continue;
+    if (++empty > kNamed) continue;
+    named += cat(empty > 1 ? ", " : "", "(", k / fit.cells[1] + 1, ", ", k % fit.cells[1] + 1, ")");
+  }
+  std::string text = cat(fit.cells[0], " x ", fit.cells[1], ", up to ", plural(most, "point"));
+  if (empty == 0) return text + ", none empty";
+  return cat(text, ", ", empty, " empty: ", named, empty > kNamed ? ", ..." : "");
+}
+
+void tellScattered(Report& r, const ScatteredFit& fit, const FitOptions& o, const Deviations& d) {
+  const Spline& s = fit.spline;
+  r.line("surface", cat(fit.distances.size(), " scattered points -> degree ", s.degree[0], " x ",
+                        s.degree[1], ", ", sizeText(s), ", heights over ",
+                        o.bestPlane ? "the best plane" : "x and y", ", uniform knots"));
+  r.line("cells", cellsText(fit));
+  r.line("error", cat("along the heights: ", errorText(d.at), " (point ", d.at.worst + 1,
+                      ", u = ", significant(fit.parameters[2 * d.at.worst], 4),
+                      ", v = ", significant(fit.parameters[2 * d.at.worst + 1], 4), ")"));
+  r.line("", cat("nearest distance:  ", errorText(d.near), " (point ", d.near.worst + 1, ")"));
+  r.line("system",
+         cat(fit.distances.size(), " x ", s.count(), ", rank ", s.count(), ", scattered"));
+}
+
+Json scatteredJson(const ScatteredFit& fit, const FitOptions& o, const Deviations& d) {
+  const Spline& s = fit.spline;
+  Json j;
+  j["kind"] = "surface";
+  j["points"] = fit.distances.size();
+  j["dim"] = 3;
+  j["degree"] = s.degree;
+  j["controls"] = s.size;
+  j["plane"] = o.bestPlane ? "fit" : "xy";
+  j["knots"] = "uniform";
+  const auto [fewest, most] = std::minmax_element(fit.points.begin(), fit.points.end());
+  j["cells"] = {{"size", fit.cells},
+                {"empty", std::count(fit.points.begin(), fit.points.end(), std::size_t{0})},
+                {"fewest", *fewest},
+                {"most", *most}};
+  j["error"] = {{"rms", d.at.rms},
+                {"max", d.at.max},
+                {"point", d.at.worst + 1},
+                {"u", fit.parameters[2 * d.at.worst]},
+                {"v", fit.parameters[2 * d.at.worst + 1]}};
+  j["nearest"] = {{"rms", d.near.rms}, {"max", d.near.max}, {"point", d.near.worst + 1}};
+  j["system"] = {{"rows", fit.distances.size()},
+                 {"unknowns", s.size},
+                 {"rank", s.count()},
+                 {"condition", nullptr},
+                 {"solver", "scattered"}};
+  return j;
+}
+
 // The lines and members that curves and surfaces have in common, behind those of their own.
 Report finished(Report r, Json j, const FitOptions& o, const ReportContext& context, bool reached) {
   addOptions(r, j, o, context);
@@ -283,6 +343,14 @@ Report surfaceReport(const SurfaceFit& fit, const PointGrid& grid, const FitOpti
   tellSurface(r, fit, grid, o, context, deviations);
   return finished(std::move(r), surfaceJson(fit, grid, o, context, deviations), o, context,
                   fit.reached);
+}
+
+Report scatteredReport(const ScatteredFit& fit, const FitOptions& o, const ReportContext& context,
+                       const std::vector<double>& nearest) {
+  const Deviations deviations{summaryOf(fit.distances), summaryOf(nearest)};
+  Report r;
+  tellScattered(r, fit, o, deviations);
+  return finished(std::move(r), scatteredJson(fit, o, deviations), o, context, fit.reached);
 }
 
 }  // namespace knotfit

@@ -7,6 +7,7 @@
 
 #include "cli/app.h"
 #include "fit/curve_fit.h"
+#include "fit/scattered_fit.h"
 #include "fit/surface_fit.h"
 
 namespace knotfit {
@@ -41,5 +42,9 @@ Report curveReport(const CurveFit& fit, const FitOptions& options, const ReportC
 /// @param nearest  distance of every grid point from the nearest place of the surface.
 Report surfaceReport(const SurfaceFit& fit, const PointGrid& grid, const FitOptions& options,
                      const ReportContext& context, const std::vector<double>& nearest);
+
+/// @param nearest  distance of every point from the nearest place of the surface.
+Report scatteredReport(const ScatteredFit& fit, const FitOptions& options,
+                       const ReportContext& context, const std::vector<double>& nearest);
 
 }  // namespace knotfit

@@ -14,9 +14,9 @@ enum class PictureFormat { kSvg, kPng, kPdf };
 
 /// What is drawn beside the shape itself; null pointers leave their part out.
 struct PictureData {
-  const PointSet* points = nullptr;                 ///< of a curve
+  const PointSet* points = nullptr;                 ///< of a curve, or scattered
   const PointGrid* grid = nullptr;                  ///< of a surface
-  const std::vector<double>* parameters = nullptr;  ///< of a curve's points
+  const std::vector<double>* parameters = nullptr;  ///< of points; u and v of scattered ones
   const std::vector<double>* distances = nullptr;   ///< at the parameters
 };
 

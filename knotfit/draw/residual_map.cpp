@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
-// The map of a surface's residuals over its grid: a cell for each point, placed by row and column
-// and not by its coordinates, so that points that stand close do not hide each other.
+// The map of a surface's residuals over its parameters. A grid has a cell for each point, placed by
+// row and column and not by its coordinates, so that points that stand close do not hide each
+// other; scattered points share cells, which show the largest of theirs, so that many points make
+// no large picture.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -45,35 +47,82 @@ void drawBar(Canvas& canvas, const Rect& bar, double top, const std::string& uni
   canvas.text({bar.x + bar.width / 2, bar.y - 12}, units, 10, Anchor::kMiddle);
 }
 
+constexpr double kNone = -1;  // the value of a cell without points
+
+// The map's cells, along u first, and what its axes count.
+struct Cells {
+  std::size_t across, up;
+  std::vector<double> values;
+  Range u, v;  // from edge to edge
+  const char *nameU, *nameV;
+};
+
+Cells cellsOf(const PointGrid& grid, const std::vector<double>& distances) {
+  const double n = static_cast<double>(grid.rows), m = static_cast<double>(grid.columns);
+  return {grid.rows,      grid.columns,   distances,        {0.5, n + 0.5},
+          {0.5, m + 0.5}, "grid row (u)", "grid column (v)"};
+}
+
+Cells cellsOf(const std::vector<double>& parameters, const std::vector<double>& distances) {
+  constexpr std::size_t kCells = 48;
+  Cells cells{kCells, kCells, std::vector<double>(kCells * kCells, kNone), {0, 1}, {0, 1},
+              "u",    "v"};
+  const auto place = [](double t) {
+    return std::min(static_cast<std::size_t>(t * kCells), kCells - 1);
+  };
+  for (std::size_t i = 0; i < distances.size(); ++i) {
+    double& value = cells.values[place(parameters[2 * i]) * kCells + place(parameters[2 * i + 1])];
+    value = std::max(value, distances[i]);
+  }
+  return cells;
+}
+
+void drawCells(Canvas& canvas, const Cells& cells, const Panel& panel, double top) {
+  const auto edge = [](const Range& r, std::size_t k, std::size_t n) {
+    return r.low + (r.high - r.low) * static_cast<double>(k) / static_cast<double>(n);
+  };
+  for (std::size_t i = 0; i < cells.across; ++i) {
+    for (std::size_t j = 0; j < cells.up; ++j) {
+      const double value = cells.values[i * cells.up + j];
+      if (value == kNone) continue;
+      const Place low = panel.at(edge(cells.u, i, cells.across), edge(cells.v, j, cells.up));
+      const Place high =
+          panel.at(edge(cells.u, i + 1, cells.across), edge(cells.v, j + 1, cells.up));
+      canvas.rectangle({low.x, high.y, high.x - low.x + 0.3, low.y - high.y + 0.3},
+                       mapColour(value / top));
+    }
+  }
+}
+
+// Ticks of a grid's lines stand at their middle, those of parameters at their places.
+void drawTicks(Canvas& canvas, const Cells& cells, const Panel& panel, bool isAcross) {
+  const Range& r = isAcross ? cells.u : cells.v;
+  const bool counts = r.low > 0;
+  const Ticks ticks = roundTicks(counts ? Range{1, r.high - 0.5} : r, 5);
+  for (std::size_t k = 0; k < ticks.places.size(); ++k) {
+    const double at = ticks.places[k];
+    const Place p = isAcross ? panel.at(at, cells.v.low) : panel.at(cells.u.low, at);
+    canvas.text(isAcross ? Place{p.x, p.y + 10} : Place{p.x - 6, p.y},
+                counts ? cat(static_cast<int>(at)) : ticks.labels[k], 10,
+                isAcross ? Anchor::kMiddle : Anchor::kEnd);
+  }
+}
+
 }  // namespace
 
 void drawResidualMap(Canvas& canvas, const Spline& s, const PictureData& data, const Rect& area) {
-  const PointGrid& grid = *data.grid;
+  const Cells cells =
+      data.grid ? cellsOf(*data.grid, *data.distances) : cellsOf(*data.parameters, *data.distances);
   const double top = std::max(summaryOf(*data.distances).max, 1e-300);  // a divisor
-  const double n = static_cast<double>(grid.rows), m = static_cast<double>(grid.columns);
-  const Panel panel(area, {0.5, n + 0.5}, {0.5, m + 0.5});
+  const Panel panel(area, cells.u, cells.v);
   canvas.clip(area);
-  for (std::size_t i = 0; i < grid.rows; ++i) {
-    for (std::size_t j = 0; j < grid.columns; ++j) {
-      const double x = static_cast<double>(i) + 0.5, y = static_cast<double>(j) + 0.5;
-      const Place low = panel.at(x, y), high = panel.at(x + 1, y + 1);
-      canvas.rectangle({low.x, high.y, high.x - low.x + 0.3, low.y - high.y + 0.3},
-                       mapColour((*data.distances)[i * grid.columns + j] / top));
-    }
-  }
+  drawCells(canvas, cells, panel, top);
   canvas.unclip();
-  const auto axis = [&](double count, bool across) {
-    for (const double k : roundTicks({1, count}, 5).places) {
-      const Place p = across ? panel.at(k, 0.5) : panel.at(0.5, k);
-      canvas.text(across ? Place{p.x, p.y + 10} : Place{p.x - 6, p.y}, cat(static_cast<int>(k)), 10,
-                  across ? Anchor::kMiddle : Anchor::kEnd);
-    }
-  };
-  axis(n, true);
-  axis(m, false);
+  drawTicks(canvas, cells, panel, true);
+  drawTicks(canvas, cells, panel, false);
   canvas.frame(area, kInk, 0.8);
-  canvas.text({area.x + area.width / 2, area.bottom() + 26}, "grid row (u)", 11, Anchor::kMiddle);
-  canvas.text({area.x - 36, area.y + area.height / 2}, "grid column (v)", 11, Anchor::kMiddle, kInk,
+  canvas.text({area.x + area.width / 2, area.bottom() + 26}, cells.nameU, 11, Anchor::kMiddle);
+  canvas.text({area.x - 36, area.y + area.height / 2}, cells.nameV, 11, Anchor::kMiddle, kInk,
               true);
   canvas.text({area.x, area.y - 12}, "distance at the parameters", 11, Anchor::kStart);
   drawBar(canvas, {area.right() + 16, area.y, 12, area.height}, top, s.units);

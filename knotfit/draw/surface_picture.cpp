@@ -137,11 +137,16 @@ void drawView(Canvas& canvas, const Spline& s, const Box& box, const View& view)
   drawNumbers(canvas, box, view, s.units);
 }
 
+std::string pointsText(const PictureData& data) {
+  return data.grid ? cat(data.grid->rows, " x ", data.grid->columns, " points")
+                   : cat(data.points->count(), " scattered points");
+}
+
 }  // namespace
 
 std::string drawSurface(const Spline& s, const PictureData& data, PictureFormat format) {
   constexpr double kView = 600, kMost = 460, kMap = 300, kHead = 84;
-  const bool map = data.grid && data.distances;
+  const bool map = data.distances && (data.grid || (data.points && data.parameters));
   const Box box = boxOf(s);
   const View view(s, box, {76, kHead}, kView - 130, kMost);
   const double height = std::max(view.bottom() + 56, kHead + 250.0);
@@ -154,11 +159,12 @@ std::string drawSurface(const Spline& s, const PictureData& data, PictureFormat 
   if (map) {
     const Deviation d = summaryOf(*data.distances);
     canvas.fittedText({30, 40},
-                      cat(data.grid->rows, " x ", data.grid->columns, " points, rms ",
-                          significant(d.rms, 4), ", max ", significant(d.max, 4), " ", s.units),
+                      cat(pointsText(data), ", rms ", significant(d.rms, 4), ", max ",
+                          significant(d.max, 4), " ", s.units),
                       11, width - 50);
     const double ratio =
-        static_cast<double>(data.grid->columns) / static_cast<double>(data.grid->rows);
+        data.grid ? static_cast<double>(data.grid->columns) / static_cast<double>(data.grid->rows)
+                  : 1;
     const double high = std::clamp(kMap * ratio, 140.0, height - kHead - 50);
     const double wide = std::clamp(high / ratio, 140.0, kMap);
     drawResidualMap(canvas, s, data,

@@ -39,6 +39,7 @@ struct FitOptions {
   std::vector<std::size_t> corners;  ///< indices from 0, ascending
   double smooth = 0;
   Edges edges = Edges::kFree;
+  bool bestPlane = false;  ///< scattered points are heights over their best plane, not over x and y
   SolverOptions solver;
   std::string units = "mm";
 };

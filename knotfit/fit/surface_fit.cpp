@@ -11,6 +11,7 @@
 #include "base/fault.h"
 #include "fit/grid_solver.h"
 #include "fit/nearest.h"
+#include "fit/search.h"
 #include "model/bezier.h"
 #include "model/scale.h"
 #include "model/vec3.h"
@@ -125,39 +126,19 @@ bool within(const SurfaceFit& fit, const PointGrid& grid, double tolerance) {
   return true;
 }
 
-// Doubles the finer direction's control points until the tolerance holds, then halves the range.
+// Both numbers of control points grow in proportion to the grid.
 SurfaceFit fitWithin(const PointGrid& grid, const FitOptions& options) {
   const std::array<std::size_t, 2> least = {static_cast<std::size_t>(options.degree[0]) + 1,
                                             static_cast<std::size_t>(options.degree[1]) + 1};
   const std::array<std::size_t, 2> room = {grid.rows - least[0], grid.columns - least[1]};
   const std::size_t most = std::max(room[0], room[1]);
-  const auto sized = [&](std::size_t step) {
+  const auto sized = [&](std::size_t step) -> std::optional<SurfaceFit> {
     std::array<std::size_t, 2> n = least;
     for (std::size_t k = 0; k < 2; ++k) n[k] += most ? room[k] * step / most : 0;
     return fitWith(grid, options, n);
   };
-  std::size_t low = 0, step = 0;  // below `low` the tolerance is missed
-  SurfaceFit fit = sized(step);
-  while (!within(fit, grid, options.tolerance)) {
-    if (step == most) {
-      fit.reached = false;
-      return fit;
-    }
-    low = step + 1;
-    step = std::min(most, std::max<std::size_t>(1, 2 * step));
-    fit = sized(step);
-  }
-  while (low < step) {
-    const std::size_t middle = low + (step - low) / 2;
-    SurfaceFit smaller = sized(middle);
-    if (within(smaller, grid, options.tolerance)) {
-      fit = std::move(smaller);
-      step = middle;
-    } else {
-      low = middle + 1;
-    }
-  }
-  return fit;
+  const auto keeps = [&](const SurfaceFit& fit) { return within(fit, grid, options.tolerance); };
+  return *smallestFit<SurfaceFit>(most, sized, keeps);
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ PointGrid lineGrid(const ByteSource& source, const Table& table) {
   for (std::size_t from = 0; from < table.rows; from += grid.columns, ++grid.rows) {
     if (grid.columns == 1 || grid.columns == table.rows) {
       throw Fault(kInput, cat(source.name(), ": lines of x,y,z without rows (put a blank line ",
-                              "between grid rows, or add --height for rows of heights)"));
+                              "between grid rows, or add --scattered for points in any order)"));
     }
     const std::size_t n = sharing(table, from, coordinate);
     if (n != grid.columns) raggedGrid(source, grid.rows + 1, n, grid.columns);

@@ -281,7 +281,7 @@ TEST(Errors, GridsThatAreNone) {
   write("cloud.csv", "0 0 1\n1 1 1\n2 0 1\n");
   EXPECT_EQ(knotfit({"surface", "cloud.csv"}).err,
             "cloud.csv: lines of x,y,z without rows (put a blank line between grid rows, or add "
-            "--height for rows of heights)\n");
+            "--scattered for points in any order)\n");
   write("four.csv", "1,2,3,4\n1,2,3,4\n");
   EXPECT_EQ(knotfit({"surface", "four.csv"}).err,
             "four.csv: rows of 4 values are no x,y,z triples (add --height for heights alone)\n");
