@@ -51,51 +51,6 @@ TEST(ChDecomp, ReproducesEverySpectrumFromTheUpperTriangleAlone) {
   }
 }
 
-TEST(ChDecomp, ShiftsKeepAllProductsInTheirNewOrder) {
-  const int n = 9;
-  DoubleGenMat current = gram(Random(33).matrix(2 * n, n)), Z = Random(34).matrix(n, 3);
-  DoubleChDecomp ch = unpivoted(current);
-  DoubleGenMat products = transposeProduct(triangleOf(ch), Z);
-  Random random(35);
-  for (int step = 0; step < 40; ++step) {
-    const int l = random.below(n - 1), k = l + 1 + random.below(n - 1 - l);
-    const int direction = random.below(2);
-    DoubleVec c(static_cast<unsigned>(k - l)), s(static_cast<unsigned>(k - l));
-    ch.shift(l, k, direction, &Z, &c, &s);
-    std::vector<int> order(n);
-    std::iota(order.begin(), order.end(), 0);
-    const auto first = order.begin() + l, end = order.begin() + k + 1;
-    std::rotate(first, direction == 0 ? first + 1 : end - 1, end);
-    current.reference(permuted(current, indices(order)));
-    products.reference(transpose(columnsOf(transpose(products), indices(order))));
-    EXPECT_LT(relativeDifference(current, gram(triangleOf(ch))), 20);
-    EXPECT_LT(relativeDifference(products, transposeProduct(triangleOf(ch), Z)), 20);
-    EXPECT_LT(norm(c * c + s * s - DoubleVec(c.length(), 1.0)), 10 * kEps);
-  }
-}
-
-TEST(ChDecomp, DowndateUndoesUpdate) {
-  for (const unsigned n : {1u, 2u, 7u, 20u}) {
-    DoubleChDecomp ch = unpivoted(gram(Random(n).matrix(3 * n, n)));
-    DoubleGenMat Z = Random(36).matrix(n, 2);
-    DoubleVec rho(2, 1.0, 2.0);
-    const DoubleVec x = Random(37).vector(n), y = Random(38).vector(2);
-    const DoubleGenMat row(x, 1, n), values(y, 1, 2), R0 = triangleOf(ch), Z0 = Z.copy();
-    ch.update(x, &Z, &y, &rho, nullptr, nullptr);
-    const DoubleGenMat R = triangleOf(ch);
-    EXPECT_LT(relativeDifference(gram(R0) + gram(row), gram(R)), 10);
-    EXPECT_LT(relativeDifference(transposeProduct(R0, Z0) + transposeProduct(row, values),
-                                 transposeProduct(R, Z)),
-              10);
-    for (int j = 0; j < 2; ++j)  // norms of the data columns, y included, stay
-      EXPECT_NEAR(rho(j) * rho(j) + dot(Z.col(j), Z.col(j)),
-                  (j == 0 ? 1.0 : 9.0) + dot(Z0.col(j), Z0.col(j)) + y(j) * y(j), 1e-13);
-    EXPECT_EQ(ch.downdate(x, &Z, &y, &rho, nullptr, nullptr), 0);
-    EXPECT_LT(relativeDifference(abs(R0), abs(triangleOf(ch))), 1000);
-    EXPECT_LT(norm(rho - DoubleVec(2, 1.0, 2.0)), 1e-12);
-  }
-}
-
 TEST(ChDecomp, ReportsWhatItWasNotAskedRightly) {
   RecordedErrors errors;
   DoubleChDecomp ch(4.0 * identity(3));

@@ -18,18 +18,7 @@ DoubleGenMat ascending(unsigned n) {
   return a;
 }
 
-/// Each step took the longest column that was left: |R(l, l)| >= ||R(l.., j)||, but for what the
-/// lowering of norms may lose before they are computed anew.
-void expectDominantDiagonal(const DoubleGenMat& R) {
-  const int rows = static_cast<int>(R.rows()), cols = static_cast<int>(R.cols());
-  for (int l = 0; l < rows; ++l)
-    for (int j = l; j < cols; ++j) {
-      const DoubleVec rest = R.col(j).slice(l, static_cast<unsigned>(rows - l), 1);
-      ASSERT_LE(norm(rest), 2 * std::abs(R(l, l)) + 1e-15 * norm(R)) << l << ' ' << j;
-    }
-}
-
-TEST(QrDecomp, ReproducesEveryShapeAndSpectrumAndSplitsRightHandSides) {
+TEST(QrDecomp, ReproducesEveryShapeAndSpectrum) {
   for (const TestMatrix& m : allShapesAndSpectra()) {
     const unsigned rows = m.a.rows(), cols = m.a.cols();
     const DoubleVec b = Random(7).vector(rows) * std::max(norm(m.a), 1e-150);
@@ -44,14 +33,6 @@ TEST(QrDecomp, ReproducesEveryShapeAndSpectrumAndSplitsRightHandSides) {
       EXPECT_LT(lossOfOrthogonality(Q), 10);
       EXPECT_LT(relativeDifference(pivoting ? columnsOf(m.a, qr.pivots()) : m.a, QR), 10);
       EXPECT_LT(norm(qr.computeQTy(b, -1) - product(b, Q)), 10 * kEps * rows * norm(b));
-      if (pivoting) expectDominantDiagonal(upperTriangle(qr.factors(), std::min(rows, cols)));
-
-      const double unit = kEps * norm(b) * rows;
-      for (int k = 1; k <= static_cast<int>(std::min(rows, cols)); k += 4) {
-        const DoubleVec fit = qr.computeXb(b, k), residual = qr.computeResidualVec(b, k);
-        EXPECT_LT(norm(fit + residual - b), 10 * unit);
-        EXPECT_LE(std::abs(dot(fit, residual)), 10 * unit * norm(b));
-      }
       if (m.rank != static_cast<int>(std::min(rows, cols))) continue;
       const DoubleVec x = qr.solve(strided);
       ASSERT_EQ(x.length(), cols);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A slow, independent model of B-splines: basis functions by their recursion, in long double.
+// Curves and surfaces by the model of B-splines, in long double.
 // Curves and surfaces are seen alike: a curve is a surface of one row.
 #pragma once
 
@@ -9,51 +9,36 @@
 
 #include "knotwork/kernel/spline.h"
 #include "knotwork/kernel/surface.h"
+#include "support/bspline_model.h"
 
 namespace knotwork::test {
 
 using Real = long double;
 
-/// Index of an element: the tests count with int throughout.
-inline std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
 /// One direction: knots with the outermost ones, which take no part, as NaN.
 template <class Real>
-struct BasisOf {
+struct BasisOf : private BsplineModel<Real> {
   explicit BasisOf(const KnotRecord& k)
-      : degree(k.degree()), spans(k.spans()), knots(1, Real(NAN)) {
-    for (int i = k.first(); i <= k.last(); ++i) knots.push_back(k(i));
-    knots.push_back(Real(NAN));
+      : BsplineModel<Real>{k.degree(), {Real(NAN)}}, spans(k.spans()) {
+    for (int i = k.first(); i <= k.last(); ++i) this->t.push_back(k(i));
+    this->t.push_back(Real(NAN));
+  }
+  using BsplineModel<Real>::degree;
+  int spans;
+
+  /// The span by definition. Those of degree 0 may be empty, and the first and last are unbounded.
+  int span(double u) const {
+    if (degree > 0) return BsplineModel<Real>::span(u) - degree;
+    int last = 0;
+    for (int j = 1; j < spans; ++j)
+      if (this->t[at(j)] <= u) last = j;
+    return last;
   }
 
-  Real knot(int k) const { return knots[at(k + degree)]; }
-
-  /// The span by definition: at a knot to its right, else the nearest that is not empty.
-  int span(double t) const {
-    int before = degree == 0 ? 0 : -1, after = -1;
-    for (int j = degree == 0 ? 1 : 0; j < spans; ++j) {
-      if (degree > 0 && !(knot(j) < knot(j + 1))) continue;
-      if (knot(j) <= t) before = j;
-      if (knot(j) > t && after < 0) after = j;
-    }
-    return before >= 0 ? before : after;
+  /// Derivative of order q of basis function i, in the polynomial of span j.
+  Real value(int i, int q, int j, Real u) const {
+    return BsplineModel<Real>::value(i, degree, q, j + degree, u);
   }
-
-  /// Derivative of order q of basis function i of degree p, in the polynomial of span j.
-  Real value(int i, int p, int q, int j, Real t) const {
-    const int s = j + degree;
-    const auto u = [&](int k) { return knots[at(k)]; };
-    if (p == 0) return i == s && q == 0 ? 1 : 0;
-    const auto part = [&](int k, Real numerator) -> Real {
-      if (k > s || k + p <= s) return 0;
-      return numerator * value(k, p - 1, q > 0 ? q - 1 : 0, j, t) / (u(k + p) - u(k));
-    };
-    if (q > 0) return p * (part(i, 1) - part(i + 1, 1));
-    return part(i, t - u(i)) + part(i + 1, u(i + 1 + p) - t);
-  }
-
-  int degree, spans;
-  std::vector<Real> knots;
 };
 
 using Basis = BasisOf<Real>;
@@ -91,7 +76,7 @@ inline Sum partial(const Net& s, double u, double v, int p, int q, int c) {
   Sum sum;
   for (int i = jv; i <= jv + bv.degree; ++i) {
     for (int j = ju; j <= ju + bu.degree; ++j) {
-      const Real term = bv.value(i, bv.degree, q, jv, v) * bu.value(j, bu.degree, p, ju, u) *
+      const Real term = bv.value(i, q, jv, v) * bu.value(j, p, ju, u) *
                         s.points[((bu.spans + bu.degree) * i + j) * s.coords + c];
       sum.add(term, term);
     }

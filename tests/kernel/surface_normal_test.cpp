@@ -46,7 +46,7 @@ std::vector<Quad> basis(const KnotRecord& k, double near, Quad t, int q) {
   const BasisOf<Quad> b(k);
   const int j = b.span(near);
   std::vector<Quad> values;
-  for (int i = j; i <= j + b.degree; ++i) values.push_back(b.value(i, b.degree, q, j, t));
+  for (int i = j; i <= j + b.degree; ++i) values.push_back(b.value(i, q, j, t));
   return values;
 }
 
