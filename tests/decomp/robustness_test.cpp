@@ -86,8 +86,7 @@ void use(Results& to, DoubleSVDecomp& sv, const DoubleVec&, const DoubleVec&) {
   to.add(sv.singularValues(), sv.eValues(), sv.leftVecs(), sv.rightVecs(), sv.numSVsFound());
 }
 
-void useEverything(Results& to, const DoubleGenMat& a) {
-  const DoubleVec b(a.rows(), 1.0), x(a.cols(), 1.0);
+void useEverything(Results& to, const DoubleGenMat& a, const DoubleVec& b, const DoubleVec& x) {
   for (const int option : {0, 1}) {
     DoubleGenFact lu(a, option);
     use(to, lu, b, x);
@@ -143,10 +142,12 @@ TEST(Decompositions, EndOnEveryHostileMatrixWithoutLeavingTheirStorage) {
   for (const DoubleGenMat& a : hostileMatrices()) {
     const DoubleVec before = a.dataVec().copy();
     Results plain, backwards;
-    useEverything(plain, a);
+    const DoubleVec b(a.rows(), 1.0, 0.5), x(a.cols(), 1.0, -0.25);
+    useEverything(plain, a, b, x);
     EXPECT_TRUE(a.dataVec() == before || std::isnan(norm(a)));  // never changed
     const DoubleVec reversed = reverse(a.dataVec()).copy();
-    useEverything(backwards, DoubleGenMat(reverse(reversed), a.rows(), a.cols()));
+    useEverything(backwards, DoubleGenMat(reverse(reversed), a.rows(), a.cols()),
+                  reverse(reverse(b).copy()), reverse(reverse(x).copy()));
     EXPECT_TRUE(backwards.sameBits(plain));  // whatever the stride
   }
   EXPECT_FALSE(errors.all().empty());
@@ -159,7 +160,7 @@ TEST(Decompositions, HandOutNothingThatNobodyWrote) {
     Results zeros, numbers;
     for (const auto& [results, byte] : {std::pair{&zeros, 0x00}, {&numbers, 0x43}}) {
       const PoisonedNew poisoned(static_cast<unsigned char>(byte));
-      useEverything(*results, a);
+      useEverything(*results, a, DoubleVec(a.rows(), 1.0), DoubleVec(a.cols(), 1.0));
     }
     EXPECT_TRUE(zeros.sameBits(numbers)) << a.rows() << 'x' << a.cols();
   }
