@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+// Ranges of spans are cut where the rows up to there reach the next share of all. Every span is
+// worked on by one thread, in the order of its rows, so the result knows nothing of the threads.
 #include "solvers/balanced_spans.h"
 
 #include <exception>
@@ -9,6 +11,7 @@
 namespace knotwork::detail {
 namespace {
 
+// Range k ends at the first span by which k / parts of the rows have come.
 std::vector<int> boundsOf(std::size_t count, const int* spanOfRow, int spans, int parts) {
   std::vector<int> bounds = {0};
   if (parts > 1) {

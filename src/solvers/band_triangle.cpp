@@ -2,7 +2,11 @@
 // Rows in the order of their first columns meet a banded triangle. A row that starts at column s
 // only meets rows that started at or before s, none of which reaches beyond column s + order - 1:
 // so it is used up, or has found a place of its own, within `order` rotations and those of the
-// border.
+// border. Row j of R11 is kept from its diagonal on, with its elements in the border's columns and
+// its right-hand sides behind; what a row has left there goes on into the full triangle of the
+// border, and from that into the residual.
+//
+// Source: C. L. Lawson, R. J. Hanson, Solving Least Squares Problems (1974), ch. 27.
 #include "solvers/band_triangle.h"
 
 #include <algorithm>
@@ -25,6 +29,7 @@ BandTriangle::BandTriangle(const ColumnRoles& roles, int order, int dimension,
                   static_cast<std::size_t>(border_ + dimension)),
       residuals_(static_cast<std::size_t>(dimension)) {}
 
+// What rotations leave of an element that should be 0 is of the size of rounding in its column.
 bool BandTriangle::isNegligible(int column, double element) const {
   return std::abs(element) <= tolerance_ * columnLengths_[static_cast<std::size_t>(column)];
 }
@@ -71,6 +76,7 @@ void BandTriangle::addToBorder(double* row) {
   }
 }
 
+// y_j = (y_j - sum over k > j of R_jk y_k) / R_jj, from the last column on
 void BandTriangle::solve(int count, double* y) const {
   for (int side = 0; side < count; ++side, y += columns()) {
     for (int j = columns() - 1; j >= 0; --j) {
@@ -87,6 +93,7 @@ void BandTriangle::solve(int count, double* y) const {
   }
 }
 
+// y_j = (y_j - sum over i < j of R_ij y_i) / R_jj, row after row: y_j is taken out of those behind
 void BandTriangle::solveTransposed(int count, double* y) const {
   for (int side = 0; side < count; ++side, y += columns()) {
     for (int j = 0; j < columns(); ++j) {

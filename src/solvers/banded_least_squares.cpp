@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The codes and reports around a banded system.
+// The codes and reports around a banded system: arguments are looked at here, and what the system
+// throws becomes a code. The method is the system's.
 #include "knotwork/solvers/banded_least_squares.h"
 
 #include <algorithm>

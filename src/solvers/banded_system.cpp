@@ -1,6 +1,14 @@
 // SPDX-License-Identifier: MIT
 // The stages of a banded least-squares fit: rows into the triangles of their spans, triangles into
 // the band, constraints and border, back substitution.
+//
+// A span's triangle keeps all that its rows tell, so each is rotated into the band once per
+// solution, whatever the number of rows. Columns that the band cannot hold go to a border of full
+// columns: those across the seam of a periodic system, from the start, and those that only wide
+// constraints determine, once a first reduction has found no pivot for them.
+//
+// Source: C. L. Lawson, R. J. Hanson, Solving Least Squares Problems (1974), ch. 27; ch. 20 for
+// the constraints.
 #include "solvers/banded_system.h"
 
 #include <algorithm>
@@ -83,6 +91,7 @@ bool BandedSystem::hasWideConstraint() const {
 
 // Reduction to the band
 
+// |A_j| = |(R_span)_j over all spans|: rotations keep the lengths of columns.
 std::vector<double> BandedSystem::columnLengths() const {
   std::vector<double> lengths(at(unknowns_));
   for (int span = 0; span < spans(); ++span) {

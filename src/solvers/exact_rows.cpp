@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: MIT
+// Prescribed unknowns are taken out of every row as it comes: sides <- sides - a_j x_j. The
+// constraints that remain are met beside the triangle that the other rows have become, one
+// component after the other, and then refined once, since their elimination goes through the
+// triangle, whose condition is that of the data.
 #include "solvers/exact_rows.h"
 
 #include <algorithm>
@@ -42,6 +46,8 @@ void ExactRows::addConstraint(const ConstraintRow& row) {
   constraints_.push_back(std::move(kept));
 }
 
+// 2^(exponent of the longest column - exponent of the largest entry), within the range of numbers:
+// a power of 2, so that the weighted row has the digits of the constraint.
 double ExactRows::weightAsRow(const ConstraintRow& row, const std::vector<double>& lengths) {
   double length = 0, largest = 0;
   for (std::size_t t = 0; t < row.columns.size(); ++t) {

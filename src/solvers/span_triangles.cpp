@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 // Sequential accumulation: each row of a span meets the rows of its triangle from the first column
-// on. A rotation clears its element there; a row that meets an empty place stays there.
+// on. A rotation clears its element there; a row that meets an empty place stays there. What is
+// left of a row's right-hand side once its elements are cleared is orthogonal to all columns, so
+// its square is the row's share of the residual.
+//
+// Source: C. L. Lawson, R. J. Hanson, Solving Least Squares Problems (1974), ch. 27, with
+// rotations (ch. 10) for its blocks of reflections: rows come one by one.
 #include "solvers/span_triangles.h"
 
 #include <algorithm>
@@ -24,6 +29,7 @@ void SpanTriangles::add(int span, double* row) {
       std::copy(row + j, row + width(), r + j);
       return;
     }
+    // (r, row) = (c r + s row, c row - s r), which is 0 in column j of the row
     const Rotation g = rotationOf(r[j], row[j]);
     r[j] = g.length;
     rotate(g, width() - j - 1, r + j + 1, row + j + 1);

@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
-// See the header for the formulas.
+// The system of the header, by two decompositions with pivoting: one of [-T' E]', whose rank tells
+// which equations add nothing to those before, and whose Q has the free directions as its last
+// columns; one of diag(I, R22) along these, whose rank tells what stays undetermined. Columns and
+// equations are first brought to order 1 by powers of 2, which change no digit, so that a rank may
+// be told by comparison with the first pivot.
+//
+// Source: C. L. Lawson, R. J. Hanson, Solving Least Squares Problems (1974), ch. 20.
 #include "solvers/triangle_constraints.h"
 
 #include <algorithm>
