@@ -221,20 +221,6 @@ TEST(SurfaceNormal, IsThatOfTheSurfaceWhoseControlPointsWereRounded) {
   }
 }
 
-TEST(SurfaceNormal, OfAPlaneWithASpanOfOneRoundingIsThatOfThePlane) {
-  AP_SURFACE s(3, 3, 1, 3, 1, 0, 0);
-  const double knots[] = {0, 0, 0, 0.3, 0.1 + 0.2, 1, 1, 1};
-  s.uKnots().assign(knots, 8);
-  for (int i = 0; i < 12; ++i) {  // x = 3 u: the means of three knots, times 3
-    const int j = i % 6;
-    const double p[] = {knots[j] + knots[j + 1] + knots[j + 2], double(i / 6), 0};
-    s.set(i / 6, j, p, 3);
-  }
-  for (const double u : {0.0, 0.3, 0.1 + 0.2, 0.6, 1.0}) {
-    EXPECT_EQ(Normal(s, u, 0.5).n, (Vector{0, 0, 1})) << u;
-  }
-}
-
 // An eighth of a sphere: u around the axis, v from the equator to the pole, or from there. Next to
 // the pole rounding turns the shrinking partial, or the pole's normal stands for the point's.
 TEST(SurfaceNormal, OnASphereOfAnySizeItIsThePointAlsoAtAndNearThePole) {
