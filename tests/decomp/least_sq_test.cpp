@@ -108,6 +108,7 @@ TEST(LeastSqInc, RemovingZeroFromAZeroResidualLeavesZero) {
   lsq.addEquation(same, 0.0);
   EXPECT_EQ(lsq.deleteEquation(same, 0.0), 0);
   EXPECT_EQ(lsq.residualNorm(0), 0.0);
+  EXPECT_DOUBLE_EQ(lsq.factors()(0, 0), 3.0);
 }
 
 TEST(LeastSqInc, CopiesShareTheFactorForGoodAndSeparateTheData) {
