@@ -1,19 +1,12 @@
 // SPDX-License-Identifier: MIT
-// Bad input by table: exit code, the exact line, and no file written.
+// Bad input, by the table of tests/data/knotfit/errors.txt and otherwise: exit code, the exact
+// line, and no file written.
 #include <random>
 
 #include "run.h"
 
 namespace knotfit::test {
 namespace {
-
-struct ErrorCase {
-  const char* name;
-  std::vector<std::string> arguments;
-  std::string input;  // in.csv
-  int code;
-  std::string line;
-};
 
 std::string line(int points) {  // points on a parabola
   std::string out;
@@ -23,241 +16,50 @@ std::string line(int points) {  // points on a parabola
   return out;
 }
 
-std::string gap() {  // two groups of points far apart
+// The input that a line of the table stands for.
+std::string inputOf(const std::string& spelt) {
+  if (spelt.starts_with("= parabola ")) return line(std::stoi(spelt.substr(11)));
+  if (spelt == "= endless") return std::string((std::size_t{1} << 22) + 1, '7');
   std::string out;
-  for (int i = 0; i < 30; ++i) out += std::to_string(i + (i < 15 ? 0 : 1000)) + ",0\n";
+  for (int i = 0; spelt == "= gap" && i < 30; ++i)  // two groups of points far apart
+    out += std::to_string(i + (i < 15 ? 0 : 1000)) + ",0\n";
+  for (std::size_t i = 0; spelt != "= gap" && i < spelt.size(); ++i) {
+    if (spelt[i] != '\\') {
+      out += spelt[i];
+    } else if (spelt[++i] == 'n') {
+      out += '\n';
+    } else {
+      out += static_cast<char>(std::stoi(spelt.substr(i + 1, 2), nullptr, 16));
+      i += 2;
+    }
+  }
   return out;
 }
 
-const std::vector<ErrorCase>& cases() {
-  const std::string nul("1,2\n3,\0004\n", 9);
-  static const std::vector<ErrorCase> all = {
-      {"Text",
-       {},
-       "x,y,z\n1,2,3\n4,5,n/a\n",
-       3,
-       "in.csv:3: column 3 is not a number: 'n/a' (use --columns, or remove the row)"},
-      {"NotANumber",
-       {},
-       "1,2\nnan,3\n",
-       3,
-       "in.csv:2: column 1 is not a number: 'nan' (use --columns, or remove the row)"},
-      {"Infinity",
-       {},
-       "1,2\n-inf,3\n",
-       3,
-       "in.csv:2: column 1 is not a number: '-inf' (use --columns, or remove the row)"},
-      {"TooLarge",
-       {},
-       "1,2\n3,1e999\n",
-       3,
-       "in.csv:2: column 2 is out of range: '1e999' (use --columns, or remove the row)"},
-      {"Width",
-       {},
-       "x,y\n1,2\n3,4,5\n",
-       3,
-       "in.csv:3: 3 values, line 1 has 2 (make all rows equally wide, or remove the row)"},
-      {"Nul", {}, nul, 3, "in.csv:2: NUL byte (this is no text file; convert it to CSV)"},
-      {"Control",
-       {},
-       "1,2\n3,\x01\x02\n",
-       3,
-       "in.csv:2: column 2 is not a number: '\\x01\\x02' (use --columns, or remove the row)"},
-      {"Empty", {}, "", 3, "in.csv: holds no points (one point a line)"},
-      {"HeadAlone", {}, "x,y\n", 3, "in.csv: holds no points (one point a line)"},
-      {"Columns",
-       {},
-       "1,2,3,4\n",
-       3,
-       "in.csv:1: points have 2 or 3 columns, not 4 (choose them with --columns)"},
-      {"UnknownColumn",
-       {"--columns", "x,q"},
-       "x,y\n1,2\n",
-       2,
-       "no column 'q' (columns are 1 to 2: x, y)"},
-      {"EndlessLine",
-       {},
-       std::string((std::size_t{1} << 22) + 1, '7'),
-       3,
-       "in.csv:1: line is longer than 4194304 bytes (one point a line, please)"},
-      {"Coinciding",
-       {},
-       "0,0\n1,1\n1,1\n2,0\n3,1\n",
-       4,
-       "points 2 and 3 coincide: chord-length parameters would repeat; add --merge 1e-9 or use "
-       "--param uniform"},
-      {"TooFewPoints",
-       {"--controls", "40"},
-       line(25),
-       4,
-       "40 control points need at least 40 data points, the file has 25; use --controls 25 or "
-       "fewer"},
-      {"TooFewForDegree",
-       {},
-       "0,0\n1,1\n2,4\n",
-       4,
-       "degree 3 needs at least 4 data points, the file has 3; use --degree 2"},
-      {"Undetermined",
-       {"--knots", "uniform", "--controls", "20"},
-       gap(),
-       4,
-       "no data between knots 0.05882 and 0.9412: control points 5 to 16 are undetermined; fewer "
-       "--controls or --knots average"},
-      {"Conflict",
-       {"--controls", "8", "--pass", "2,3,4,5,6,7,8,9,10,11"},
-       line(30),
-       4,
-       "constraints conflict: 12 rows for 8 unknowns"},
-      {"OnePoint",
-       {},
-       "1,2\n",
-       4,
-       "a fit needs at least 2 data points, the file has 1; add points, or see --columns, --thin "
-       "and --merge"},
-      {"ClosedWithinTolerance",
-       {"--tol", "0.1", "--closed"},
-       line(5),
-       4,
-       "5 points are too few: a closed curve of degree 3 takes at least 7 control points; use a "
-       "lower --degree"},
-      {"CornerWithinTolerance",
-       {"--tol", "0.1", "--corner", "3"},
-       line(5),
-       4,
-       "5 points are too few: a curve of degree 3 with 1 corner takes at least 7 control points; "
-       "use a lower "
-       "--degree"},
-      {"CornersTakeControls",
-       {"--controls", "9", "--corner", "5,9"},
-       line(30),
-       2,
-       "2 corners of degree 3 take at least 10 control points; use --controls 10 or more"},
-      {"CornersTakeData",
-       {"--controls", "40", "--corner", "5", "--smooth", "1"},
-       line(30),
-       2,
-       "--corner takes a datum for every control point; use --controls 30 or fewer"},
-      {"KnotsTooOften",
-       {"--knots", "0.5,0.5,0.5,0.5"},
-       line(30),
-       3,
-       "--knots: a knot within is repeated more than 3 times (give fewer of them)"},
-      {"SeamByQr",
-       {"--solver", "qr", "--closed"},
-       line(30),
-       2,
-       "--solver qr cannot meet --closed; use --solver householder, or leave it out"},
-      {"PassByQr",
-       {"--solver", "qr", "--pass", "3"},
-       line(30),
-       2,
-       "--solver qr cannot meet --pass; use --solver householder, or leave it out"},
-      {"TangentByQr",
-       {"--solver", "qr", "--tangent", "start=1,0"},
-       line(30),
-       2,
-       "--solver qr cannot meet --tangent; use --solver householder, or leave it out"},
-      {"EndsByQr",
-       {"--solver", "qr", "--ends", "exact"},
-       line(30),
-       2,
-       "--solver qr cannot meet --ends exact; use --solver householder, or leave it out"},
-      {"MisspeltParameters",
-       {"--param", "cord"},
-       line(30),
-       2,
-       "--param: wants chord, centripetal, uniform or a file of parameters, not 'cord'"},
-      {"TangentBackwards",
-       {"--controls", "8", "--tangent", "start=-1,0"},
-       line(30),
-       4,
-       "the tangent at point 1 points against the data; reverse its sign"},
-      {"NoSuchPoint",
-       {"--pass", "99"},
-       line(30),
-       2,
-       "--pass: there is no point 99, the file has 30"},
-      {"NegativeWeight",
-       {"--weights", "3", "--columns", "1,2"},
-       "0,0,1\n1,1,-1\n2,4,1\n3,9,1\n",
-       3,
-       "the weight of point 2 is negative: -1 (weights are 0 or more)"},
-      {"IsTheInput",
-       {"-o", "./in.csv"},
-       line(30),
-       2,
-       "./in.csv is the input in.csv; write to another file"},
-      {"NoFolder",
-       {"-o", "none/out.json"},
-       line(30),
-       5,
-       "none/out.json: cannot be written: there is no folder none (make it first)"},
-      {"Suffix",
-       {"-o", "out.xyz"},
-       line(30),
-       2,
-       "out.xyz: no known suffix; use .json .igs .stp .obj .csv .ply .svg .png .pdf, or --format"},
-      {"Twice",
-       {"-o", "a.json", "-o", "a.json"},
-       line(30),
-       2,
-       "a.json is written twice; name each file once"},
-      {"Number", {"--tol", "1e"}, line(30), 2, "--tol: not a number: '1e'"},
-      {"Choice",
-       {"--solver", "magic"},
-       line(30),
-       2,
-       "--solver: magic not in {auto,householder,qr,banded} (see knotfit curve --help)"},
-      {"Option",
-       {"--colour"},
-       line(30),
-       2,
-       "curve has no option --colour (see knotfit curve --help)"},
-      {"Parameters",
-       {"--param", "u.txt"},
-       line(30),
-       2,
-       "--param: wants chord, centripetal, uniform or a file of parameters, not 'u.txt'"},
-      {"FirstRow",
-       {},
-       "1,2,n/a\n3,4,5\n",
-       3,
-       "in.csv:1: column 3 is not a number: 'n/a' (use --columns, use --skip 1, or remove the "
-       "row)"},
-      {"EmptyField",
-       {},
-       "x,y,z\n1,2,3\n1,2,\n",
-       3,
-       "in.csv:3: column 3 is empty (use --columns, or remove the row)"},
-      {"HeadOfAnotherWidth",
-       {},
-       "x,y,z\n1,2\n3,4\n",
-       3,
-       "in.csv:2: 2 values, line 1 has 3 (make all rows equally wide, or remove the row)"},
-      {"TwoDecimalMarks",
-       {},
-       "1,5;2\n3;1.234\n",
-       3,
-       "in.csv:2: column 2 has a decimal point, line 1 a comma: '1.234' (write one of them "
-       "throughout)"},
-      {"SameColumnTwice", {"--columns", "1,1"}, line(30), 2, "--columns: names column 1 twice"}};
-  return all;
-}
-
 TEST(Errors, OneLineNamesCauseAndMendAndNothingIsWritten) {
-  for (const ErrorCase& c : cases()) {
-    SCOPED_TRACE(c.name);
-    const Folder folder;
-    write("in.csv", c.input);
+  std::ifstream table(KNOTWORK_TEST_DATA "/knotfit/errors.txt");
+  int cases = 0;
+  for (std::string head, spelt, expected; std::getline(table, head);) {
+    if (head.empty() || head.front() == '#') continue;
+    SCOPED_TRACE(head);
+    ASSERT_TRUE(std::getline(table, spelt) && std::getline(table, expected));
+    std::istringstream words(head);
+    std::string name, code, word;
+    words >> name >> code;
     std::vector<std::string> arguments = {"curve", "in.csv", "-o", "fit.igs", "--report", "r.json"};
-    arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
+    while (words >> word) arguments.push_back(word);
+    const Folder folder;
+    const std::string input = inputOf(spelt);
+    write("in.csv", input);
     const Outcome o = knotfit(arguments);
-    EXPECT_EQ(o.code, c.code);
-    EXPECT_EQ(o.err, c.line + "\n");
+    EXPECT_EQ(std::to_string(o.code), code);
+    EXPECT_EQ(o.err, expected + "\n");
     EXPECT_EQ(o.out, "");
     EXPECT_EQ(folder.files(), 1u);
-    EXPECT_EQ(contents("in.csv"), c.input);
+    EXPECT_EQ(contents("in.csv"), input);
+    ++cases;
   }
+  EXPECT_EQ(cases, 44);
 }
 
 TEST(Errors, FilesThatCannotBeRead) {
