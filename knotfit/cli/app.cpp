@@ -156,6 +156,9 @@ int parseAndRun(const std::vector<std::string>& given, const Streams& streams) {
   CLI::App app("fits B-spline curves and surfaces to measured points", "knotfit");
   Command chosen;
   build(app, chosen);
+  if (given.size() > 2 && given.front() == "help") {
+    return usage(cat("help takes one command, not also ", inQuotes(given[2])), app, streams);
+  }
   std::vector<std::string> arguments = withoutHelpWord(given);
   std::reverse(arguments.begin(), arguments.end());  // as the parser wants them
   try {

@@ -188,11 +188,19 @@ CurveFit fitCurve(const PointSet& points, const FitOptions& options) {
   }
   fit.met = std::ldexp(fit.miss, exponent - evenExponent(points.coords)) <= kMissRounding;
   fit.spectrum = spectrumOf(fit);
+  checkSmoothing(options.smooth, fit.spectrum, fit.spline.size[0]);
   scaleBy(fit.spline.controls, exponent);
   scaleBy(fit.distances, exponent);
   fit.miss = std::ldexp(fit.miss, exponent);
   checkRange(fit.spline, fit.distances);
   return fit;
+}
+
+void checkSmoothing(double smooth, const std::optional<Spectrum>& spectrum, std::size_t unknowns) {
+  if (!(smooth > 0) || !spectrum || spectrum->rank >= unknowns) return;
+  throw Fault(
+      kNoSolution,
+      "no unique solution: the smoothing leaves nothing of the data; use a smaller --smooth");
 }
 
 void checkRange(const Spline& spline, const std::vector<double>& distances) {

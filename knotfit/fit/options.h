@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,10 @@ std::size_t controlCount(std::size_t asked, int degree, std::size_t points, bool
 /// What a constraint may be missed by and count as met, next to the points' largest coordinate: the
 /// rounding of a solution with a condition of up to about a million.
 inline constexpr double kMissRounding = 1e-10;
+
+/// Faults (exit code 4) where smoothing has taken the place of the data: beside it they count as
+/// rounding, and what they would determine is left to chance.
+void checkSmoothing(double smooth, const std::optional<Spectrum>& spectrum, std::size_t unknowns);
 
 /// Faults (exit code 4) where a control point or a distance left the range of numbers.
 void checkRange(const Spline& spline, const std::vector<double>& distances);

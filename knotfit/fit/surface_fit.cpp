@@ -168,7 +168,10 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
     fit = fitted(scaled, scaledOptions);
   }
   fit.met = std::ldexp(fit.miss, exponent - evenExponent(grid.coords)) <= kMissRounding;
-  for (std::size_t k = 0; k < 2; ++k) fit.spectra[k] = spectrumOf(fit.matrices[k]);
+  for (std::size_t k = 0; k < 2; ++k) {
+    fit.spectra[k] = spectrumOf(fit.matrices[k]);
+    checkSmoothing(options.smooth, fit.spectra[k], fit.spline.size[k]);
+  }
   scaleBy(fit.spline, exponent);
   if (fit.spline.heights) fit.spline.heights = grid.heights;  // what had become too small to scale
   placeHeights(fit.spline);

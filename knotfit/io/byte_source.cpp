@@ -99,7 +99,8 @@ void ByteSource::fail(const std::string& cause, const std::string& mend) const {
 }
 
 void ByteSource::failAt(std::size_t line, const std::string& cause, const std::string& mend) const {
-  throw Fault(kInput, cat(name_, ":", line, ": ", cause, " (", mend, ")"));
+  const std::string place = line > 0 ? cat(":", line) : "";  // an empty input has no lines
+  throw Fault(kInput, cat(name_, place, ": ", cause, " (", mend, ")"));
 }
 
 }  // namespace knotfit

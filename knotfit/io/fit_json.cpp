@@ -266,6 +266,10 @@ StoredFit fitOf(FitParts parts) {
   }
   if (j.contains("fit") && !j["fit"].is_null()) fit.report = textOf(j["fit"]);
   if (const std::string fault = faultOf(s); !fault.empty()) throw Fault(kInput, fault);
+  for (std::size_t d = 0; d < n && j.contains("domain"); ++d) {
+    if (j["domain"].at(d) == Json{s.knots[d].front(), s.knots[d].back()}) continue;
+    throw Fault(kInput, "its domain is not from its first knot to its last");
+  }
   if (j.contains("heights")) readHeights(j["heights"], s);
   return fit;
 }

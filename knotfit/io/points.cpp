@@ -14,12 +14,10 @@
 namespace knotfit {
 namespace {
 
-PointSet tablePoints(ByteSource& source, const PointOptions& options, bool blanks) {
-  TableOptions how = options.table;
-  if (blanks && how.delimiter == 0) how.delimiter = ' ';
+PointSet tablePoints(ByteSource& source, const PointOptions& options) {
   const bool weighted = !options.weightColumn.empty();
   std::size_t dim = 0;
-  Table table = readTable(source, how, [&](const TableHead& head) {
+  Table table = readTable(source, options.table, [&](const TableHead& head) {
     std::optional<std::size_t> weights;
     if (weighted) weights = findColumn(options.weightColumn, head.names, head.width);
     std::vector<std::size_t> columns = options.columns.empty()
@@ -78,7 +76,7 @@ PointSet pointsOf(ByteSource& source, const PointOptions& options, const std::st
   if (isObj || isPly) refuseTableOptions(source, options, isObj);
   if (isObj) return readObjPoints(source, options.table);
   if (isPly) return readPlyPoints(source, options);
-  return tablePoints(source, options, suffix == ".xyz");
+  return tablePoints(source, options);
 }
 
 }  // namespace

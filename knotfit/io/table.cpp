@@ -22,9 +22,35 @@ using Fields = std::vector<std::string_view>;
 // How far ahead titles are looked for: a screenful, and no more memory than that.
 constexpr std::size_t kLinesAhead = 64, kBytesAhead = std::size_t{1} << 16;
 
+void splitBlanks(std::string_view line, Fields& fields) {
+  constexpr std::string_view kBlank = " \t";
+  for (std::size_t at = line.find_first_not_of(kBlank); at != std::string_view::npos;) {
+    const std::size_t end = std::min(line.find_first_of(kBlank, at), line.size());
+    fields.push_back(line.substr(at, end - at));
+    at = line.find_first_not_of(kBlank, end);
+  }
+}
+
+// "1,5 2,5": numbers between blanks, with one comma at most and digits on both sides of it. As a
+// delimiter the comma would leave "5 2", which is no number.
+bool hasDecimalCommas(std::string_view line) {
+  if (line.find_first_not_of("0123456789+-.eE, ") != std::string_view::npos) return false;
+  const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+  Fields fields;
+  splitBlanks(line, fields);
+  return fields.size() > 1 && std::all_of(fields.begin(), fields.end(), [&](std::string_view f) {
+           const std::size_t comma = f.find(',');
+           if (comma == f.npos) return true;
+           const bool between = comma > 0 && comma + 1 < f.size();
+           return between && isDigit(f[comma - 1]) && isDigit(f[comma + 1]) &&
+                  f.find(',', comma + 1) == f.npos;
+         });
+}
+
 char foundDelimiter(std::string_view line) {
   for (const char c : {';', '\t', ','}) {
-    if (line.find(c) != std::string_view::npos) return c;
+    if (line.find(c) == std::string_view::npos) continue;
+    return c == ',' && hasDecimalCommas(line) ? ' ' : c;
   }
   return ' ';
 }
@@ -46,15 +72,6 @@ std::string_view takeField(std::string_view& line, char delimiter, bool& more) {
     field = trimmed(field.substr(1, field.size() - 2));
   }
   return field;
-}
-
-void splitBlanks(std::string_view line, Fields& fields) {
-  constexpr std::string_view kBlank = " \t";
-  for (std::size_t at = line.find_first_not_of(kBlank); at != std::string_view::npos;) {
-    const std::size_t end = std::min(line.find_first_of(kBlank, at), line.size());
-    fields.push_back(line.substr(at, end - at));
-    at = line.find_first_not_of(kBlank, end);
-  }
 }
 
 void split(std::string_view line, char delimiter, Fields& fields) {
@@ -103,6 +120,10 @@ class TableReader {
 
   Table read(const ColumnChoice& choose) {
     lookAhead();
+    if (!ahead_.empty() && trimmed(ahead_.front().text).starts_with('{')) {
+      source_.failAt(ahead_.front().number, "is no table but JSON",
+                     "points of a fit: knotfit eval FIT -o points.csv");
+    }
     vote();
     findFirstRow();
     for (std::string_view line; nextRow(line);) {

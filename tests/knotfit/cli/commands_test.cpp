@@ -106,6 +106,8 @@ TEST(Commands, OptionsReachTheFit) {
   }
   EXPECT_EQ(knotfit({"help"}).out, knotfit({}).out);
   EXPECT_EQ(knotfit({"help", "nonsense"}).code, 2);
+  EXPECT_TRUE(
+      knotfit({"help", "curve", "surface"}).err.starts_with("help takes one command, not "));
 }
 
 #if !defined(_WIN32)

@@ -106,12 +106,22 @@ TEST(Surfaces, HeightsAreUniformAndKeepTheirPlaces) {
   }
   const Outcome table = knotfit({"eval", "more.json", "--at", "1,0.25", "--deriv", "1"});
   EXPECT_NE(table.out.find("\n1,0.25,0.6000000000000001,0.9500000000000001,"), std::string::npos);
-  std::string text = contents("hill.json");
-  text.replace(text.find("0.05"), 4, "0.06");
-  write("moved.json", text);
-  EXPECT_EQ(
-      knotfit({"info", "moved.json"}).err,
-      "moved.json: its control points are not those of its \"heights\" (write the fit anew)\n");
+  // A file whose parts are at odds is refused.
+  const std::pair<const char*, Json> changes[] = {
+      {"/heights/spacing/1", 0.06}, {"/heights/steps/0", 25}, {"/heights/along/0", "x"}};
+  for (const auto& [place, value] : changes) {
+    Json fit = Json::parse(contents("hill.json"));
+    fit[Json::json_pointer(place)] = value;
+    write("moved.json", fit.dump());
+    EXPECT_EQ(
+        knotfit({"info", "moved.json"}).err,
+        "moved.json: its control points are not those of its \"heights\" (write the fit anew)\n");
+  }
+  Json fit = Json::parse(contents("hill.json"));
+  fit["domain"][1] = {0, 2};
+  write("moved.json", fit.dump());
+  EXPECT_EQ(knotfit({"info", "moved.json"}).err,
+            "moved.json: its domain is not from its first knot to its last (write the fit anew)\n");
 }
 
 // A column of small numbers keeps its digits beside one of large ones.

@@ -48,6 +48,8 @@ TEST(Readers, EveryFormatYieldsTheSamePoints) {
       {"empty_ends.csv", "1,2,3,\n-4.5,1e-3,6,\n7,8,900,,,\n"},
       {"comma.csv", "Messung vom 3. Mai\nx;y;z\n1;2,0;3\n-4,5;1,0e-3;6\n7;8;9e2\n"},
       {"comma_tabs.csv", "1\t2\t3\n-4,5\t,001\t6\n7\t8\t900,0\n"},
+      {"comma_blanks.csv", "1 2,0 3\n-4,5 1,0e-3 6\n7 8 9e2\n"},
+      {"commas.xyz", "1, 2, 3\n-4.5, 0.001, 6\n7, 8, 900\n"},
       {"footer.csv", "1;2;3\n-4.5;1e-3;6\n7;8;900\n# end of data, 3 points\n"},
       {"blanks.xyz", "  1  2 3\n-4.5 1e-3  6\n7 8 900\n"},
       {"points.obj", "# obj\nv 1 2 3\nvn 0 0 1\nv -4.5 1e-3 6 1\nv\t7 8 900\nf 1 2 3\n"},
@@ -69,6 +71,9 @@ TEST(Readers, EveryFormatYieldsTheSamePoints) {
 
 TEST(Readers, PlyPropertiesAreChosenByNameOrRefused) {
   const Folder folder;
+  write("empty.ply", "");
+  EXPECT_EQ(knotfit({"info", "empty.ply"}).err,
+            "empty.ply: is no PLY file (its first line is 'ply')\n");
   write("abc.ply",
         "ply\nformat ascii 1.0\nelement vertex 2\nproperty float a\nproperty list uchar int l\n"
         "property float b\nproperty float w\nend_header\n1 2 8 8 2 3\n4 0 5 6\n");
