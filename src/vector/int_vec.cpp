@@ -32,12 +32,12 @@ IntVec& IntVec::operator=(int x) { return fill(x); }
 
 // Toward zero; what int cannot hold becomes its least value, as the processor's own conversion
 // gives.
-static int truncate(double x) {
+static int towardZero(double x) {
   constexpr double kBeyond = 2147483648.0;
   return x > -kBeyond - 1 && x < kBeyond ? static_cast<int>(x) : std::numeric_limits<int>::min();
 }
 
-IntVec::IntVec(const DoubleVec& v) : IntVec(detail::convert<IntVec>(v, truncate)) {}
+IntVec::IntVec(const DoubleVec& v) : IntVec(detail::convert<IntVec>(v, towardZero)) {}
 
 IntVec::operator DoubleVec() const {
   return detail::convert<DoubleVec>(*this, [](int x) { return static_cast<double>(x); });

@@ -9,11 +9,13 @@
 #include <cstdlib>
 
 #include "knotwork/vector/math_messages.h"
+#include "vector/severity.h"
 
 namespace {
 
-constexpr unsigned kWarning = 0;         // anything else ends the process
-constexpr unsigned kMessageDefault = 1;  // the severity that the message's catalogue gives
+using knotwork::detail::kMessageDefault;
+using knotwork::detail::kWarning;
+
 constexpr unsigned short kUnspecifiedOrigin = 0xF000;  // of reports by code alone
 
 [[noreturn]] void terminateProcessing() {

@@ -5,10 +5,12 @@
 
 #include <iterator>
 
+#include "vector/severity.h"
+
 namespace {
 
-constexpr unsigned kWarning = 0;
-constexpr unsigned kFatal = 2;
+using knotwork::detail::kFatal;
+using knotwork::detail::kWarning;
 
 constexpr MathMessageEntry vectorMessages[] = {
     {kFatal, "[BADORDER: %s]: Mismatch of function (%u) and rhs (%u) order"},

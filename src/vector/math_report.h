@@ -5,14 +5,14 @@
 
 #include "knotwork/vector/math_error.h"
 #include "knotwork/vector/math_messages.h"
+#include "vector/severity.h"
 
 namespace knotwork::detail {
 
 /// The record of a check of class `C`, with the severity that the message has by itself.
 template <class C>
 MathErrorRecord recordOf(int code) {
-  constexpr unsigned kMessageSeverity = 1;
-  return MathErrorRecord(static_cast<unsigned short>(code), kMessageSeverity, C::origin);
+  return MathErrorRecord(static_cast<unsigned short>(code), kMessageDefault, C::origin);
 }
 
 }  // namespace knotwork::detail

@@ -8,12 +8,12 @@
 #include "knotwork/vector/math_codes.h"
 #include "vector/math_report.h"
 #include "vector/memory_watch.h"
+#include "vector/severity.h"
 #include "vector/shared_block.h"
 
 namespace {
 
 constexpr unsigned short kOrigin = 0x901A;
-constexpr unsigned kFatal = 2;
 
 // A stack of up to five freed objects of one size.
 class FreeObjects {
@@ -83,7 +83,8 @@ unsigned failedRequests() { return failures.load(std::memory_order_relaxed); }
 
 void reportOutOfMemory() {
   failures.fetch_add(1, std::memory_order_relaxed);
-  raiseMathError(MathErrorRecord(kOutOfMemory, kFatal, kOrigin), RWBlock::className);
+  raiseMathError(MathErrorRecord(kOutOfMemory, knotwork::detail::kFatal, kOrigin),
+                 RWBlock::className);
 }
 
 RWBlock* newBlock(unsigned count, unsigned elementSize) {

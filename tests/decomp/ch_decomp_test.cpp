@@ -13,9 +13,6 @@ namespace {
 
 using namespace knotwork::test;
 
-const std::string kNotFactored =
-    "5011 Can't solve system of equations, matrix not successfully factorized";
-
 DoubleGenMat gram(const DoubleGenMat& m) { return transposeProduct(m, m); }
 DoubleChDecomp unpivoted(const DoubleGenMat& a) { return factored<DoubleChDecomp>(a, 0); }
 

@@ -13,9 +13,6 @@ namespace {
 
 using namespace knotwork::test;
 
-const std::string kNotFactored =
-    "5011 Can't solve system of equations, matrix not successfully factorized";
-
 /// All rows of (A, y) added one by one.
 DoubleLeastSqInc accumulated(const DoubleGenMat& a, const DoubleVec& y) {
   DoubleLeastSqInc lsq(a.cols(), 1);

@@ -29,8 +29,8 @@
 namespace knotwork::test {
 namespace {
 
-struct Listener : TsolverReporter {
-  Listener() : TsolverReporter(false) {}
+struct LetterCounter : TsolverReporter {
+  LetterCounter() : TsolverReporter(false) {}
   void reportMessage(const char* text) override { letters += std::string_view(text).size(); }
   std::size_t letters = 0;
 };
@@ -53,7 +53,7 @@ int take(Result& target, Result result) {
 template <class Solver, class... Limit>
 struct Bench {
   Random random{30};
-  Listener listener;
+  LetterCounter listener;
   Solver u, v, copy;
   TsolveTensorProductLsq grid{u, v};
   DoubleGenMat a = random.matrix(9, 4), other = random.matrix(7, 3);
@@ -229,7 +229,7 @@ TEST(ExhaustedMemory, LeavesABandedSystemWithoutAResult) {
 TEST(ExhaustedMemory, DoesNotKeepReportersFromReporting) {
   if (!canObserveAllocation()) GTEST_SKIP() << "operator new is the library's own";
   constexpr std::string_view line = "Constraint solving ... 33.33333333333333 completed.";
-  Listener listener;
+  LetterCounter listener;
   failEveryAllocation([&] { listener.reportProgress(1.0 / 3); },
                       [&] { EXPECT_EQ(std::exchange(listener.letters, 0), line.size()); });
 }

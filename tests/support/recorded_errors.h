@@ -11,6 +11,10 @@
 #include "knotwork/vector/math_error.h"
 #include "knotwork/vector/math_messages.h"
 
+// What takeText() tells of a decomposition that has no factors to solve with.
+inline const std::string kNotFactored =
+    "5011 Can't solve system of equations, matrix not successfully factorized";
+
 struct RecordedError {
   unsigned code;
   unsigned severity;
