@@ -69,7 +69,7 @@ endfunction()
 # Exceptions and streams cross the borders of our DLLs, so all of them share the compiler's run-time DLLs;
 # these lie beside the programs, and are installed along.
 if(WIN32)
-  foreach(dll libstdc++-6.dll libgcc_s_dw2-1.dll libwinpthread-1.dll)
+  foreach(dll libstdc++-6.dll libgcc_s_dw2-1.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
     execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${dll}
       OUTPUT_VARIABLE path OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
     if(IS_ABSOLUTE ${path})

@@ -18,6 +18,18 @@ using namespace knotwork::test;
 struct Case : GoldenCheck {
   explicit Case(const GoldenStep& step) : GoldenCheck(step, true) {}
 
+  /// A result that the C library's pow has a part in: on 64-bit Windows that one is coarse.
+  void isByPow(const std::string& name, double result) {
+#ifdef _WIN64
+    if (wants(name) && std::isfinite(result)) {
+      const double want = wanted(name).at(0);
+      EXPECT_NEAR(result, want, 1e-13 * std::abs(want));
+      result = want;
+    }
+#endif
+    is(name, result);
+  }
+
   /// f of every column of the input B, side by side.
   template <class F>
   void isOfColumns(const std::string& name, F f) {
@@ -63,7 +75,7 @@ void runGenFact(Case& c) {
   c.is("singular_noest", plain.isSingular());
   c.is("singular_est", estimated.isSingular());
   c.is("det_parts", estimated.determinantParts());
-  c.is("det", estimated.determinant());
+  c.isByPow("det", estimated.determinant());
   c.is("inverse", estimated.inverse());
   c.isOfColumns("X", [&](const DoubleVec& b) { return estimated.solve(b); });
 }

@@ -66,6 +66,7 @@ class GoldenCheck {
   }
 
   bool wants(std::string_view name) const { return step_.hasOut(name); }
+  const Values& wanted(std::string_view name) const { return step_.out(name).values; }
   void is(std::string_view name, const Values& got);
   void is(std::string_view name, const auto& got) {
     if constexpr (std::convertible_to<decltype(got), double>)

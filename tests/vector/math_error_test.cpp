@@ -88,7 +88,7 @@ TEST(MathError, FormsTakeWhatCVariadicFunctionsTake) {
   char* const changing = name;
   const signed char small = 'q';
   const auto all = [&](auto raise) {
-    raise(changing, short{-3}, 0.25F, 4000000000L / 2, small, true, kRed, 1LL << 40, "lit",
+    raise(changing, short{-3}, 0.25F, 2000000000L, small, true, kRed, 1LL << 40, "lit",
           static_cast<unsigned short>(65535));
   };
   all([](auto... arguments) { raiseMathErrorCode(0x9000, arguments...); });
