@@ -34,17 +34,21 @@ void finish(const FitArguments& a, const Spline& spline, const PictureData& data
 int fitCurveCommand(const FitArguments& a, const Streams& streams) {
   FitOutputs outputs(a.outputs, a.inputs());
   if (!a.report.empty()) outputs.announce(a.report);
-  PointSet points = readPoints(a.input, a.pointOptions());
-  FitOptions options = a.curveOptions(points);
   Progress progress(a.talk());
+  PointOptions reading = a.pointOptions();
+  reading.table.watcher = &progress;
+  PointSet points = readPoints(a.input, reading);
+  FitOptions options = a.curveOptions(points);
   options.solver.reporter = &progress;
+  options.watcher = &progress;
   const CurveFit fit = fitCurve(points, options);
-  progress.wipe();
   ReportContext context = a.context();
   context.merged = points.merged;
   context.weighted = !points.weights.empty();
-  Report report =
-      curveReport(fit, options, context, nearestDistances(fit.spline, points, fit.parameters));
+  const std::vector<double> nearest =
+      nearestDistances(fit.spline, points, fit.parameters, &progress);
+  progress.wipe();
+  Report report = curveReport(fit, options, context, nearest);
   const PictureData data{&points, nullptr, &fit.parameters, &fit.distances};
   finish(a, fit.spline, data, report, outputs, streams);
   return fit.reached ? kDone : kToleranceMissed;
@@ -76,13 +80,17 @@ int fitSurfaceCommand(const FitArguments& a, const Streams& streams) {
   if (a.scattered) return fitScatteredCommand(a, streams);
   FitOutputs outputs(a.outputs, a.inputs());
   if (!a.report.empty()) outputs.announce(a.report);
-  FitOptions options = a.surfaceOptions();
-  const PointGrid grid = readGrid(a.input, a.gridOptions());
   Progress progress(a.talk());
+  FitOptions options = a.surfaceOptions();
+  GridOptions reading = a.gridOptions();
+  reading.table.watcher = &progress;
+  const PointGrid grid = readGrid(a.input, reading);
   options.solver.reporter = &progress;
+  options.watcher = &progress;
   const SurfaceFit fit = fitSurface(grid, options);
+  const std::vector<double> nearest = nearestDistances(fit, grid, &progress);
   progress.wipe();
-  Report report = surfaceReport(fit, grid, options, a.context(), nearestDistances(fit, grid));
+  Report report = surfaceReport(fit, grid, options, a.context(), nearest);
   finish(a, fit.spline, {nullptr, &grid, nullptr, &fit.distances}, report, outputs, streams);
   return fit.reached ? kDone : kToleranceMissed;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Progress of the solvers on the standard error stream. The bar waits for half a second, so that
+// Progress of the work on the standard error stream. The bar waits for half a second, so that
 // short fits show none, and is wiped in the end, so that a terminal holds nothing but the report.
 #include "cli/progress.h"
 
@@ -27,10 +27,14 @@ Progress::~Progress() { wipe(); }
 
 // The solvers tell of their progress in words, which are shown as they are.
 void Progress::reportMessage(const char* text) {
-  constexpr std::chrono::milliseconds kPatience(500);
   if (talk_ != Talk::kLine) return TsolverReporter::reportMessage(text);
-  if (std::chrono::steady_clock::now() - start_ < kPatience) return;
-  std::fprintf(stderr, "\r%-*.*s", kWidth, kWidth, text);
+  tell(text);
+}
+
+void Progress::tell(const std::string& text) {
+  constexpr std::chrono::milliseconds kPatience(500);
+  if (talk_ != Talk::kLine || std::chrono::steady_clock::now() - start_ < kPatience) return;
+  std::fprintf(stderr, "\r%-*.*s", kWidth, kWidth, text.c_str());
   std::fflush(stderr);
   drawn_ = true;
 }

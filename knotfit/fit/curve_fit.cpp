@@ -226,11 +226,13 @@ std::vector<double> distancesAt(const Spline& spline, const PointSet& points,
 }
 
 std::vector<double> nearestDistances(const Spline& spline, const PointSet& points,
-                                     const std::vector<double>& parameters) {
+                                     const std::vector<double>& parameters, Watcher* watcher) {
   const CurveProjector projector(spline);
+  const Stage stage(watcher, "nearest distances", points.count());
   std::vector<double> out;
   out.reserve(points.count());
   for (std::size_t i = 0; i < points.count(); ++i) {
+    stage.at(i);
     out.push_back(projector.nearest(points[i], parameters[i]).distance);
   }
   return out;

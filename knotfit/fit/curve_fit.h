@@ -35,7 +35,8 @@ CurveFit fitCurve(const PointSet& points, const FitOptions& options);
 
 /// @return distance of every point from the nearest place of the curve.
 std::vector<double> nearestDistances(const Spline& spline, const PointSet& points,
-                                     const std::vector<double>& parameters);
+                                     const std::vector<double>& parameters,
+                                     Watcher* watcher = nullptr);
 
 /// @return distance of every point from the curve at its parameter.
 std::vector<double> distancesAt(const Spline& spline, const PointSet& points,

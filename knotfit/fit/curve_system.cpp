@@ -124,6 +124,7 @@ DataRows::DataRows(const PointSet& points, const FitOptions& options,
                    const std::vector<double>& parameters, const knotwork::BsplineBasis& basis)
     : points_(points),
       u_(parameters),
+      watcher_(options.watcher),
       basis_(basis),
       met_(metPoints(options, parameters)),
       count_(points.count() - (repeatsFirst(options, parameters) ? 1 : 0)) {}

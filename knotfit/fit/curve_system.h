@@ -29,7 +29,9 @@ class DataRows {
   template <class F>
   void visit(F f) const {
     SparseRow row;
+    const Stage stage(watcher_, "fitting", count_);
     for (std::size_t i = 0; i < count_; ++i) {
+      stage.at(i);
       const double weight = points_.weights.empty() ? 1.0 : points_.weights[i];
       if (weight == 0 || met_.count(i)) continue;
       row.assign(basis_, u_[i]);
@@ -42,6 +44,7 @@ class DataRows {
  private:
   const PointSet& points_;
   const std::vector<double>& u_;
+  Watcher* watcher_;
   knotwork::BsplineBasis basis_;
   std::set<std::size_t> met_;
   std::size_t count_;  // points, without a last one that repeats the first of a closed curve

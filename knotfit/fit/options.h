@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/stage.h"
 #include "fit/parameters.h"
 #include "fit/solver.h"
 #include "model/spline.h"
@@ -42,6 +43,7 @@ struct FitOptions {
   Edges edges = Edges::kFree;
   bool bestPlane = false;  ///< scattered points are heights over their best plane, not over x and y
   SolverOptions solver;
+  Watcher* watcher = nullptr;  ///< null: nobody
   std::string units = "mm";
 };
 

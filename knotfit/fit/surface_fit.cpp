@@ -181,12 +181,15 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
   return fit;
 }
 
-std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid) {
+std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid,
+                                     Watcher* watcher) {
   const SurfaceProjector projector(fit.spline);
+  const Stage stage(watcher, "nearest distances", grid.rows * grid.columns);
   std::vector<double> out;
   out.reserve(grid.rows * grid.columns);
   for (std::size_t i = 0; i < grid.rows; ++i) {
     for (std::size_t j = 0; j < grid.columns; ++j) {
+      stage.at(out.size());
       out.push_back(projector.nearest(grid.at(i, j), {{fit.parameters[0][i], fit.parameters[1][j]}})
                         .distance);
     }

@@ -31,6 +31,7 @@ struct SurfaceFit {
 SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options);
 
 /// @return distance of every grid point from the nearest place of the surface.
-std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid);
+std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid,
+                                     Watcher* watcher = nullptr);
 
 }  // namespace knotfit

@@ -2,8 +2,9 @@
 // Curves within a tolerance, with few control points.
 //
 // Knots grow where the deviation is, until the tolerance holds; then those go that the curve can do
-// without, least first; then averaged knots with fewer control points are tried in turn. The cost
-// of each fit is counted in operations, never in time, so that every machine stops at the same one.
+// without, least first; then averaged knots with fewer control points are tried in turn. Fits are
+// counted, never timed, so that every machine stops at the same one. The banded solver makes them,
+// unless the user asked for another; the solver that suits the result's size has the last word.
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -19,8 +20,11 @@
 namespace knotfit {
 namespace {
 
-// Floating-point operations that the removal of knots may take: seconds, on any data.
-constexpr double kRemovalWork = 2e10;
+// Points that the fits of the removal of knots may see, and those of the scan: fractions of a
+// second. Few points are many fits, many points at least kLeastFits.
+constexpr std::size_t kMostSeen = 600000, kLeastFits = 24;
+// From so many points on, knots go in groups and the scan takes larger steps.
+constexpr std::size_t kManyPoints = 2000;
 
 // A fit and how far the points are from it.
 struct Trial {
@@ -33,20 +37,28 @@ class ToleranceSearch {
  public:
   ToleranceSearch(const PointSet& points, const FitOptions& options,
                   const std::vector<double>& parameters)
-      : points_(points), options_(options), u_(parameters) {}
+      : points_(points), asked_(options), options_(options), u_(parameters) {
+    if (options.solver.method == Method::kAuto) options_.solver.method = Method::kBanded;
+    options_.watcher = nullptr;  // the search tells of itself
+    options_.solver.reporter = nullptr;
+  }
 
   CurveFit run() {
     checkPoints();
     std::optional<CurveFit> fit;
     if (!options_.knotsAsked) {
       fit = grown();
-      if (fit) shrink(*fit);
+      if (fit) {
+        isFound_ = true;
+        best_.reset();
+        shrink(*fit);
+      }
     }
     scan(fit);
-    if (fit) return std::move(*fit);
+    if (fit) return settled(std::move(*fit));
     if (!best_) throw lastFault_;
     best_->reached = false;
-    return std::move(*best_);
+    return settled(std::move(*best_));
   }
 
  private:
@@ -67,25 +79,49 @@ class ToleranceSearch {
                     " control points; use a lower --degree"));
   }
 
-  // Distance of every point; the global search runs only for points that seem too far away.
+  // The fit on its knots by the solver that suits its size, if that keeps the tolerance as well.
+  CurveFit settled(CurveFit fit) const {
+    const Method method = methodFor(asked_.solver.method, points_.count(), fit.spline.size[0]);
+    if (method == fit.method) return fit;
+    try {
+      CurveFit other = fitWithKnots(points_, asked_, u_, fit.spline.knots[0]);
+      const std::vector<double> far = distances(other);
+      if (fit.reached && *std::max_element(far.begin(), far.end()) > options_.tolerance) return fit;
+      other.adapted = fit.adapted;
+      other.reached = fit.reached;
+      return other;
+    } catch (const Fault&) {
+      return fit;
+    }
+  }
+
+  // Distance of every point; the global search runs only for points that seem too far away. Where a
+  // fit has been found, the first point that is too far away ends the search.
   std::vector<double> distances(const CurveFit& fit) const {
     std::vector<double> out = fit.distances;
     const CurveProjector projector(fit.spline);
-    for (std::size_t i = 0; i < out.size(); ++i) {
+    const auto isFar = [&](std::size_t i) {
       if (out[i] > options_.tolerance) {
         out[i] = projector.nearest(points_[i], fit.parameters[i]).distance;
       }
+      return out[i] > options_.tolerance;
+    };
+    const auto worst = std::max_element(out.begin(), out.end());
+    if (isFar(static_cast<std::size_t>(worst - out.begin())) && isFound_) return out;
+    for (std::size_t i = 0; i < out.size(); ++i) {
+      if (isFar(i) && isFound_) break;
     }
     return out;
   }
 
   // Fits; keeps the best of all attempts for the case that none will do.
   std::optional<Trial> attempt(const std::vector<double>& knots) {
+    if (asked_.watcher) asked_.watcher->tell(cat("searching: ", ++attempts_, " fits"));
     try {
       Trial trial{fitWithKnots(points_, options_, u_, knots), {}, 0};
       trial.far = distances(trial.fit);
       trial.most = *std::max_element(trial.far.begin(), trial.far.end());
-      if (trial.most < bestDistance_) {
+      if (!isFound_ && trial.most < bestDistance_) {
         bestDistance_ = trial.most;
         best_ = trial.fit;
       }
@@ -160,9 +196,7 @@ class ToleranceSearch {
     return fitting(knotsFor(options_, u_, points_.count()));
   }
 
-  double fitWork(std::size_t n) const {
-    return 2.0 * static_cast<double>(points_.count()) * static_cast<double>(n * n);
-  }
+  std::size_t mostFits() const { return std::max(kLeastFits, kMostSeen / points_.count()); }
 
   bool isCorner(double knot) const {
     return std::any_of(options_.corners.begin(), options_.corners.end(),
@@ -193,40 +227,56 @@ class ToleranceSearch {
     return knots;
   }
 
+  // Takes the knots out, if the tolerance allows. @return whether it does.
+  bool takeOut(CurveFit& fit, const double* first, std::size_t count) {
+    std::vector<double> fewer = fit.spline.knots[0];
+    for (std::size_t k = 0; k < count; ++k) {
+      fewer.erase(std::lower_bound(fewer.begin(), fewer.end(), first[k]));
+    }
+    auto next = fitting(fewer);
+    if (!next) return false;
+    fit = std::move(*next);
+    fit.adapted = true;
+    return true;
+  }
+
+  // Takes out the least knots, in groups that get smaller, as long as that goes.
+  void shrinkInGroups(CurveFit& fit) {
+    for (std::size_t group = fit.spline.size[0] / 4; group > 1;) {
+      const std::vector<double> knots = removable(fit.spline);
+      group = std::min({group, knots.size(), fit.spline.size[0] - leastControls()});
+      if (group > 1 && !takeOut(fit, knots.data(), group)) group /= 2;
+    }
+  }
+
   void shrink(CurveFit& fit) {
     fit.adapted = true;
-    double work = 0;
+    if (points_.count() >= kManyPoints) shrinkInGroups(fit);
+    std::size_t fits = 0;
     for (bool again = true; again;) {
       again = false;
       for (const double knot : removable(fit.spline)) {
-        if (fit.spline.size[0] <= leastControls()) return;
-        if ((work += fitWork(fit.spline.size[0])) > kRemovalWork) return;
-        std::vector<double> fewer = fit.spline.knots[0];
-        fewer.erase(std::lower_bound(fewer.begin(), fewer.end(), knot));
-        auto next = fitting(fewer);
-        if (!next) continue;
-        fit = std::move(*next);
-        fit.adapted = true;
-        again = true;
+        if (fit.spline.size[0] <= leastControls() || ++fits > mostFits()) return;
+        if (takeOut(fit, &knot, 1)) again = true;
       }
     }
   }
 
   // Tries 4, 5, 6 ... control points, in growing steps where the data are many.
   void scan(std::optional<CurveFit>& fit) {
-    constexpr std::size_t kSingleSteps = 400;
+    const std::size_t singleSteps = points_.count() < kManyPoints ? 400 : 8;
     const std::size_t most = fit ? fit->spline.size[0] - 1 : points_.count();
-    double work = 0;
-    std::size_t failed = leastControls() - 1;
+    std::size_t failed = leastControls() - 1, fits = 0;
     for (std::size_t n = leastControls(); n <= most;) {
-      if (fit && (work += fitWork(n)) > kRemovalWork) return;
+      if (fit && ++fits > mostFits()) return;
       if (auto next = fitting(knotsFor(options_, u_, n))) {
         fit = std::move(next);
+        isFound_ = true;
         return fitBetween(failed + 1, n, *fit);
       }
       if (n == most) return;
       failed = n;
-      n = n < kSingleSteps ? n + 1 : std::min(most, n + n / 8);
+      n = n < singleSteps ? n + 1 : std::min(most, n + n / 8);
     }
   }
 
@@ -244,8 +294,11 @@ class ToleranceSearch {
   }
 
   const PointSet& points_;
-  const FitOptions& options_;
+  const FitOptions& asked_;
+  FitOptions options_;  // with the solver of the search
   const std::vector<double>& u_;
+  bool isFound_ = false;  // a fit within the tolerance
+  std::size_t attempts_ = 0;
   std::optional<CurveFit> best_;
   Fault lastFault_{kNoSolution, "no number of control points has a unique solution"};
   double bestDistance_ = std::numeric_limits<double>::infinity();

@@ -8,7 +8,10 @@
 #include "io/table.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <map>
+#include <optional>
 #include <utility>
 
 #include "base/fault.h"
@@ -111,12 +114,67 @@ class NumberReader {
   char mark_ = 0;
 };
 
+// A row of plain numbers: what nearly all rows are, read in one pass. Whatever is not plain at
+// first sight (quotes, signs, decimal commas, empty fields, faults) is left to the reader of
+// fields.
+class PlainRow {
+ public:
+  // @param chosen  columns in any order, each once.
+  PlainRow(char delimiter, std::size_t width, const std::vector<std::size_t>& chosen)
+      : delimiter_(delimiter), places_(width, kNone) {
+    for (std::size_t i = 0; i < chosen.size(); ++i) places_[chosen[i]] = i;
+  }
+
+  // Reads the chosen columns to `values`. @return whether the row is plain; if not, some are
+  // written.
+  bool read(std::string_view line, double* values) const {
+    const char* at = line.data();
+    const char* const end = at + line.size();
+    for (std::size_t column = 0; column < places_.size(); ++column) {
+      if (column > 0 && !passDelimiter(at, end)) return false;
+      while (at < end && *at == ' ') ++at;
+      if (places_[column] != kNone) {
+        double& value = values[places_[column]];
+        const auto [stop, error] = std::from_chars(at, end, value);
+        if (error != std::errc() || !std::isfinite(value)) return false;
+        at = stop;
+      } else if (!passText(at, end)) {
+        return false;
+      }
+    }
+    while (at < end && (*at == ' ' || *at == delimiter_)) ++at;  // empty fields at the end
+    return at == end;
+  }
+
+ private:
+  static constexpr std::size_t kNone = ~std::size_t{0};
+
+  bool passDelimiter(const char*& at, const char* end) const {
+    const char* const before = at;
+    while (at < end && *at == ' ') ++at;
+    if (delimiter_ == ' ') return at > before;
+    return at < end && *at++ == delimiter_;
+  }
+
+  bool passText(const char*& at, const char* end) const {
+    const char* const before = at;
+    while (at < end && *at != delimiter_ && *at != '"' && *at != '\t') ++at;
+    return at > before && (at == end || *at == delimiter_);
+  }
+
+  char delimiter_;
+  std::vector<std::size_t> places_;  // of each column's number in the row
+};
+
 std::string valuesText(std::size_t n) { return cat(n, n == 1 ? " value" : " values"); }
 
 class TableReader {
  public:
   TableReader(ByteSource& source, const TableOptions& options)
-      : source_(source), options_(options), delimiter_(options.delimiter) {}
+      : source_(source),
+        options_(options),
+        stage_(options.watcher, "rows read"),
+        delimiter_(options.delimiter) {}
 
   Table read(const ColumnChoice& choose) {
     lookAhead();
@@ -126,12 +184,15 @@ class TableReader {
     }
     vote();
     findFirstRow();
+    std::optional<PlainRow> plain;
     for (std::string_view line; nextRow(line);) {
+      if (plain && isMarkKnown(line) && takePlain(*plain, line)) continue;
       split(line, delimiter_, fields_);
       if (table_.width == 0) begin(choose);
       dropEmptyEnd(fields_, table_.width);
       checkWidth();
       addRow();
+      if (!plain) plain.emplace(delimiter_, table_.width, chosen_);
     }
     if (read_ == 0)
       throw Fault(kInput, cat(source_.name(), ": holds no points (one point a line)"));
@@ -149,6 +210,10 @@ class TableReader {
   bool nextLine(std::string_view& line) {
     while (source_.nextLine(line)) {
       if (source_.lineNumber() <= options_.skip) continue;
+      if (!line.empty() && (line.front() == '-' || (line.front() >= '0' && line.front() <= '9'))) {
+        number_ = source_.lineNumber();
+        return true;
+      }
       const std::string_view text = trimmed(line);
       blankBefore_ = blankBefore_ || text.empty();
       if (text.empty() || text.front() == '#') continue;
@@ -261,14 +326,33 @@ class TableReader {
                    "make all rows equally wide, or remove the row");
   }
 
+  // Whether the file's decimal mark is the point, or of no account in this line.
+  bool isMarkKnown(std::string_view line) const {
+    if (delimiter_ == ',' || mark_ == '.') return true;
+    return mark_ == 0 && line.find('.') == line.npos && line.find(',') == line.npos;
+  }
+
+  bool takePlain(const PlainRow& plain, std::string_view line) {
+    row_.resize(chosen_.size());
+    if (!plain.read(line, row_.data())) return false;
+    if (breakBefore_) table_.breaks.push_back(table_.rows);
+    keepRow();
+    return true;
+  }
+
   void addRow() {
     if (breakBefore_) table_.breaks.push_back(table_.rows);
-    const bool kept = read_++ % options_.thin == 0;
-    for (const std::size_t column : chosen_) {
-      const double value = valueOf(column);
-      if (kept) table_.values.push_back(value);
-    }
-    if (kept) ++table_.rows;
+    row_.clear();
+    for (const std::size_t column : chosen_) row_.push_back(valueOf(column));
+    keepRow();
+  }
+
+  // Keeps the numbers in row_, unless they are thinned out.
+  void keepRow() {
+    stage_.at(read_);
+    if (read_++ % options_.thin != 0) return;
+    table_.values.insert(table_.values.end(), row_.begin(), row_.end());
+    ++table_.rows;
     if (table_.values.size() > kMostNumbers) {
       source_.failAt(number_, cat("more than ", kMostNumbers, " numbers"),
                      "take fewer points with --thin N");
@@ -311,10 +395,12 @@ class TableReader {
 
   ByteSource& source_;
   const TableOptions& options_;
+  Stage stage_;
   char delimiter_;
   Table table_;
   NumberReader numbers_;
   Fields fields_;
+  std::vector<double> row_;
   std::vector<std::size_t> chosen_;
   std::vector<Line> ahead_;
   bool blankBefore_ = false, breakBefore_ = false;

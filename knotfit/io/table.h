@@ -7,16 +7,18 @@
 #include <string>
 #include <vector>
 
+#include "base/stage.h"
 #include "io/byte_source.h"
 
 namespace knotfit {
 
 /// How a text table is to be read.
 struct TableOptions {
-  char delimiter = 0;    ///< 0 finds it in the first lines; ' ' stands for runs of blanks
-  std::size_t skip = 0;  ///< lines left out at the top
-  std::size_t thin = 1;  ///< every thin-th row is kept
-  bool grid = false;     ///< rows are rows of a grid: say so when their widths differ
+  char delimiter = 0;          ///< 0 finds it in the first lines; ' ' stands for runs of blanks
+  std::size_t skip = 0;        ///< lines left out at the top
+  std::size_t thin = 1;        ///< every thin-th row is kept
+  bool grid = false;           ///< rows are rows of a grid: say so when their widths differ
+  Watcher* watcher = nullptr;  ///< hears of the rows read; null: nobody
 };
 
 /// Rows of numbers, the chosen columns alone.
@@ -39,8 +41,8 @@ struct TableHead {
 /// Chooses columns, counted from 0.
 using ColumnChoice = std::function<std::vector<std::size_t>(const TableHead& head)>;
 
-/// Most numbers that are read from one file.
-inline constexpr std::size_t kMostNumbers = std::size_t{1} << 26;
+/// Most numbers that are read from one file: 2 GB of them.
+inline constexpr std::size_t kMostNumbers = std::size_t{1} << 28;
 
 /// Reads a table. '#' starts a comment line; the last text line above the first row of numbers is
 /// its head line when it is as wide, lines above that are titles. Empty fields behind the last
