@@ -69,6 +69,24 @@ inline void write(const std::string& path, const std::string& text) {
   std::ofstream(path, std::ios::binary) << text;
 }
 
+inline std::vector<std::string> wordsOf(const std::string& line) {
+  std::istringstream in(line);
+  return {std::istream_iterator<std::string>(in), {}};
+}
+
+/// The blocks of lines of a table in tests/data/knotfit, which are parted by empty lines; comments
+/// begin with '#'.
+inline std::vector<std::vector<std::string>> blocksOf(const std::string& table) {
+  std::ifstream file(KNOTWORK_TEST_DATA "/knotfit/" + table);
+  std::vector<std::vector<std::string>> blocks(1);
+  for (std::string line; std::getline(file, line);) {
+    if (line.empty() && !blocks.back().empty()) blocks.emplace_back();
+    if (!line.empty() && line.front() != '#') blocks.back().push_back(line);
+  }
+  if (blocks.back().empty()) blocks.pop_back();
+  return blocks;
+}
+
 /// Runs a command that must succeed and leave its report in report.json.
 inline Json report(std::vector<std::string> arguments, int code = 0) {
   arguments.insert(arguments.end(), {"--report", "report.json", "--force", "-q"});

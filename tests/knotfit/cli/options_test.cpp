@@ -7,11 +7,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Refusal {
-  std::vector<std::string> arguments;
-  std::string line;
-};
-
 // The demonstration data, a fit of each kind, and points in a PLY file.
 class Options : public ::testing::Test {
  protected:
@@ -27,65 +22,14 @@ class Options : public ::testing::Test {
 };
 
 TEST_F(Options, WhatCannotActIsRefusedInOneLine) {
-  const std::vector<Refusal> refusals = {
-      {{"curve", "egg.csv", "--tol", "0"}, "--tol: wants a number above 0, not '0'"},
-      {{"curve", "egg.csv", "--merge", "-1"}, "--merge: wants a number from 0, not '-1'"},
-      {{"curve", "egg.csv", "--smooth", "-1"}, "--smooth: wants a number from 0, not '-1'"},
-      {{"check", "egg.json", "egg.csv", "--tol", "-1"}, "--tol: wants a number from 0, not '-1'"},
-      {{"curve", "egg.csv", "--tess", "4"},
-       "--tess: is for CSV and PLY files, and no -o names one"},
-      {{"convert", "egg.json", "-o", "a.igs", "--tess", "4"},
-       "--tess: is for CSV and PLY files, and no -o names one"},
-      {{"curve", "egg.csv", "--format", "json"},
-       "--format: names the format of files, and no -o names one"},
-      {{"surface", "hill.csv", "--spacing", "2,2"},
-       "--spacing: is for grids of heights; add --height"},
-      {{"curve", "egg.csv", "-q", "--progress", "always"},
-       "--progress always: leave out -q, which takes the bar's place"},
-      {{"eval", "egg.json", "--at", "0.5", "--n", "9"},
-       "--at excludes --n (see knotfit eval --help)"},
-      {{"eval", "hill.json", "--at", "0.5"}, "--at: a surface takes two parameters, U,V"},
-      {{"eval", "egg.json", "--at", "0.5,0.5"}, "--at: a curve takes one parameter"},
-      {{"info", "egg.json", "--columns", "x,y"},
-       "egg.json: a fit has no columns; leave out --columns, --delimiter, --skip"},
-      {{"curve", "p.ply", "--skip", "1"}, "p.ply: --skip does not suit a PLY file; leave it out"},
-      {{"curve", "p.ply", "--delimiter", "tab"},
-       "p.ply: --delimiter does not suit a PLY file; leave it out"},
-      {{"surface", "hill.csv", "--height", "--pass", "3"},
-       "surface has no option --pass; it belongs to curve (see knotfit surface --help)"},
-      {{"curve", "egg.csv", "--height"},
-       "curve has no option --height; it belongs to surface (see knotfit curve --help)"},
-      {{"curve", "egg.csv", "--tol", "1", "--tol", "2"},
-       "--tol: is given more than once (see knotfit curve --help)"},
-      {{"curve", "egg.csv", "--refine"}, "--refine: wants a value (see knotfit curve --help)"},
-      {{"curve", "egg.csv", "--knots", "averge"},
-       "--knots: wants average, uniform, a file or a list of numbers, not 'averge'"},
-      // One word where a list would be read, and lists where one is meant.
-      {{"curve", "egg.csv", "--tangent", "at=20,50:0,1"},
-       "--tangent: wants a whole number from 1, not '20,50'"},
-      {{"curve", "--pass", "3", "egg.csv", "hill.csv"},
-       "curve takes no further word: 'hill.csv'; each option takes one (see knotfit curve --help)"},
-      {{"curve", "egg.csv", "-o", "a.json", "b.json"},
-       "curve takes no further word: 'b.json'; each option takes one (see knotfit curve --help)"},
-      {{"insert", "egg.json", "--knot", "0.5", "0.6", "-o", "a.json"},
-       "insert takes no further word: '0.6'; each option takes one (see knotfit insert --help)"},
-      {{"eval", "egg.json", "-o", "a.json"},
-       "a.json: what goes there is CSV; give a name that ends in .csv"},
-      {{"check", "egg.json", "egg.csv", "-o", "a.igs"},
-       "a.igs: what goes there is CSV; give a name that ends in .csv"},
-      {{"curve", "egg.csv", "--report", "a.svg"},
-       "a.svg: what goes there is JSON; give a name that ends in .json"},
-      {{"lsq", "calibration.csv", "--model", "linear", "--report", "a.csv"},
-       "a.csv: what goes there is JSON; give a name that ends in .json"},
-      {{"curve", "egg.csv", "-o", "a", "--format", "jsn"},
-       "--format: wants json igs stp obj csv ply svg png or pdf, not 'jsn'"},
-      {{"nonsense"}, "there is no command 'nonsense' (see knotfit --help)"}};
   const std::size_t before = folder_.files();
-  for (const Refusal& r : refusals) {
-    const Outcome o = knotfit(r.arguments);
-    EXPECT_EQ(o.code, 2) << r.line;
-    EXPECT_EQ(o.err, r.line + "\n");
-    EXPECT_EQ(o.out, "");
+  const auto refusals = blocksOf("refusals.txt");
+  EXPECT_EQ(refusals.size(), 30u);
+  for (const std::vector<std::string>& refusal : refusals) {
+    const Outcome o = knotfit(wordsOf(refusal.at(0)));
+    EXPECT_EQ(o.code, 2) << refusal[0];
+    EXPECT_EQ(o.err, refusal.at(1) + "\n");
+    EXPECT_EQ(o.out, "") << refusal[0];
   }
   EXPECT_EQ(folder_.files(), before);
   EXPECT_EQ(knotfit({"check", "egg.json", "egg.csv", "--tol", "0"}).code, 1);
