@@ -5,298 +5,226 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdarg>
 #include <numeric>
-#include <random>
+#include <vector>
 
 #include "knotwork/vector/math_error.h"
-
-#include "solvers/sparse_rows.h"
+#include "solvers/sparse_system.h"
 #include "support/failing_new.h"
 
+namespace knotwork::test {
 namespace {
-
-using knotwork::ScatteredLeastSquares;
-using knotwork::TensorDirection;
-using knotwork::test::columns;
-using knotwork::test::difference;
-using knotwork::test::largestMiss;
-using knotwork::test::Row;
-using knotwork::test::sameBits;
-using knotwork::test::vec;
 
 std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
-/// A random problem: the factors of its rows, and the rows that they make.
-struct Problem {
+int cellsOf(const TensorDirection& d) { return d.periodic ? d.unknowns : d.unknowns - d.order + 1; }
+
+/// Each row of A lies in a cell: the first ones, penalties, with entries of any kind, the others
+/// with products of a row of U and one of V.
+struct Problem : SparseSystem {
   TensorDirection u, v;
-  int dimension;
-  std::vector<int> firstU, firstV;
-  std::vector<double> valuesU, valuesV, rhs;
-  std::vector<Row> penalties;  // each within a cell, given by its first unknowns
-  std::vector<std::pair<int, int>> penaltyCells;
-  std::vector<Row> constraints;
-  std::vector<int> prescribed;
+  std::vector<std::pair<int, int>> cells;
+  int penalties = 0;
+  DoubleGenMat U, V;
 
-  std::size_t rows() const { return firstU.size(); }
-  int unknowns() const { return u.unknowns * v.unknowns; }
-  int column(int first, int second, int a, int b) const {
-    return (first + a) % u.unknowns * v.unknowns + (second + b) % v.unknowns;
+  /// The rows as the solver takes them.
+  struct Flat {
+    std::vector<int> firstU, firstV;
+    Values penalties, U, V, sides;
+  };
+
+  int column(int row, int a, int b) const {
+    const auto [i, j] = cells[at(row)];
+    return (i + a) % u.unknowns * v.unknowns + (j + b) % v.unknowns;
   }
-  Row row(std::size_t k) const {
-    Row row;
-    for (int a = 0; a < u.order; ++a) {
-      for (int b = 0; b < v.order; ++b) {
-        row.columns.push_back(column(firstU[k], firstV[k], a, b));
-        row.values.push_back(valuesU[k * at(u.order) + at(a)] * valuesV[k * at(v.order) + at(b)]);
+  Flat flat() const {
+    Flat rows{{}, {}, {}, valuesOf(transpose(U)), valuesOf(transpose(V)), valuesOf(transpose(B))};
+    for (int k = 0; k < this->rows(); ++k) {
+      if (k >= penalties) {
+        rows.firstU.push_back(cells[at(k)].first);
+        rows.firstV.push_back(cells[at(k)].second);
+        continue;
       }
+      for (int a = 0; a < u.order; ++a)
+        for (int b = 0; b < v.order; ++b) rows.penalties.push_back(A(k, column(k, a, b)));
     }
-    for (std::size_t c = 0; c < at(dimension); ++c) row.rhs.push_back(rhs[k * at(dimension) + c]);
-    return row;
+    return rows;
   }
-  std::vector<Row> allRows() const {
-    std::vector<Row> all = penalties;
-    for (std::size_t k = 0; k < rows(); ++k) all.push_back(row(k));
-    return all;
+  int add(const Flat& rows, ScatteredLeastSquares& solver) const {
+    for (int k = 0; k < penalties; ++k) {
+      const int code = solver.addCellRows(cells[at(k)].first, cells[at(k)].second, 1,
+                                          &rows.penalties[at(k * u.order * v.order)],
+                                          &rows.sides[at(k * dimension())]);
+      if (code != 0) return code;
+    }
+    return solver.addRows(rows.firstU.size(), rows.firstU.data(), rows.firstV.data(), rows.U.data(),
+                          rows.V.data(), rows.sides.data() + penalties * dimension());
   }
-  std::vector<Row> exactRows() const {
-    std::vector<Row> all = constraints;
-    for (const int j : prescribed)
-      all.push_back({{j}, {1}, std::vector<double>(at(dimension), 0.5)});
-    return all;
+  ScatteredLeastSquares solver() const { return ScatteredLeastSquares(u, v, dimension()); }
+  void fill(ScatteredLeastSquares& solver) const {
+    prescribe(*this, solver);
+    ASSERT_EQ(add(flat(), solver), 0);
+    constrain(*this, solver);
   }
 };
 
-class Maker {
- public:
-  explicit Maker(unsigned seed) : random_(seed) {}
-  int whole(int from, int to) { return std::uniform_int_distribution<int>(from, to)(random_); }
-  double real(double from, double to) {
-    return std::uniform_real_distribution<double>(from, to)(random_);
-  }
-  TensorDirection direction(int most) {
-    const int order = whole(1, 4);
-    return {whole(order, most), order, whole(0, 2) == 0};
-  }
-  static int cells(const TensorDirection& d) {
-    return d.periodic ? d.unknowns : d.unknowns - d.order + 1;
-  }
-  void addPoint(Problem& p, int firstU, int firstV) {
-    p.firstU.push_back(firstU);
-    p.firstV.push_back(firstV);
-    for (int a = 0; a < p.u.order; ++a) p.valuesU.push_back(real(0.1, 1));
-    for (int b = 0; b < p.v.order; ++b) p.valuesV.push_back(real(-1, 1));
-    for (int c = 0; c < p.dimension; ++c) p.rhs.push_back(real(-1, 1));
-  }
-  /// `perCell` points in each cell on average, and penalties that determine every unknown.
-  Problem problem(TensorDirection u, TensorDirection v, int dimension, double perCell) {
-    Problem p{u, v, dimension, {}, {}, {}, {}, {}, {}, {}, {}, {}};
-    const int points = static_cast<int>(perCell * cells(u) * cells(v));
-    for (int i = 0; i < points; ++i) addPoint(p, whole(0, cells(u) - 1), whole(0, cells(v) - 1));
-    for (int i = 0; i < cells(u); ++i) {
-      for (int j = 0; j < cells(v); ++j) {
-        Row row;
-        for (int a = 0; a < u.order; ++a) {
-          for (int b = 0; b < v.order; ++b) {
-            row.columns.push_back(p.column(i, j, a, b));
-            row.values.push_back(real(-0.1, 0.1));
-          }
-        }
-        for (int k = 0; k < u.order * v.order; ++k) {
-          row.values[at(k)] += 1;
-          row.rhs.assign(at(dimension), real(-1, 1));
-          p.penalties.push_back(row);
-          p.penaltyCells.emplace_back(i, j);
-          row.values[at(k)] -= 1;
-        }
-      }
-    }
-    return p;
-  }
-  void constrain(Problem& p, int count, bool isWide) {
-    for (int k = 0; k < count; ++k) {
-      Row row;
-      for (int j = 0; j < p.unknowns(); ++j) {
-        if (whole(0, 3) == 0) row.columns.push_back(j);
-      }
-      if (!isWide) {
-        const int i = whole(0, cells(p.u) - 1), j = whole(0, cells(p.v) - 1);
-        row.columns = {p.column(i, j, 0, 0)};
-        const int last = p.column(i, j, p.u.order - 1, p.v.order - 1);
-        if (last != row.columns[0]) row.columns.push_back(last);
-      }
-      if (row.columns.empty()) continue;
-      for (std::size_t t = 0; t < row.columns.size(); ++t) row.values.push_back(real(0.5, 2));
-      for (int c = 0; c < p.dimension; ++c) row.rhs.push_back(real(-1, 1));
-      p.constraints.push_back(row);
-    }
-  }
-
- private:
-  std::mt19937 random_;
-};
-
-/// Fills a solver with all of the problem. @return the first code that is not 0.
-int fill(const Problem& p, ScatteredLeastSquares& solver) {
-  for (const int j : p.prescribed) {
-    if (const int code = solver.prescribe(j, DoubleVec(static_cast<unsigned>(p.dimension), 0.5)))
-      return code;
-  }
-  for (std::size_t k = 0; k < p.penalties.size(); ++k) {
-    const auto [i, j] = p.penaltyCells[k];
-    const Row& row = p.penalties[k];
-    if (const int code = solver.addCellRows(i, j, 1, row.values.data(), row.rhs.data()))
-      return code;
-  }
-  if (const int code = solver.addRows(p.rows(), p.firstU.data(), p.firstV.data(), p.valuesU.data(),
-                                      p.valuesV.data(), p.rhs.data())) {
-    return code;
-  }
-  for (const Row& row : p.constraints) {
-    if (const int code = solver.addConstraint(columns(row.columns), vec(row.values), vec(row.rhs)))
-      return code;
-  }
-  return 0;
+/// Makes up the rows of a problem's cells.
+void makeRows(Random& random, Problem& p, int dimension) {
+  const auto rows = unsigned(p.cells.size()), points = rows - unsigned(p.penalties);
+  p.A.reference(DoubleGenMat(rows, unsigned(p.u.unknowns * p.v.unknowns), 0.0));
+  p.B.reference(random.matrix(rows, unsigned(dimension)));
+  p.U.reference(0.55 + 0.45 * random.matrix(points, unsigned(p.u.order)));
+  p.V.reference(random.matrix(points, unsigned(p.v.order)));
+  for (int k = 0; k < p.rows(); ++k)
+    for (int a = 0; a < p.u.order; ++a)
+      for (int b = 0; b < p.v.order; ++b)
+        p.A(k, p.column(k, a, b)) =
+            k >= p.penalties
+                ? p.U(k - p.penalties, a) * p.V(k - p.penalties, b)
+                : 0.1 * random.number() + (a * p.v.order + b == k % (p.u.order * p.v.order));
 }
 
-TtupleVector solved(const Problem& p, int threads = 1) {
-  ScatteredLeastSquares solver(p.u, p.v, p.dimension);
-  solver.threads() = threads;
-  EXPECT_EQ(fill(p, solver), 0);
-  TtupleVector x;
-  const int code = solver.solve(&x);
-  EXPECT_TRUE(code == 0 || (code == 5 && x.points() == 0)) << code;
-  EXPECT_EQ(code == 0, solver.undetermined().length() + solver.conflicting().length() == 0);
-  return x;
+/// `perCell` points in each cell on average, and penalties that determine every unknown.
+Problem problem(Random& random, TensorDirection u, TensorDirection v, int dimension,
+                double perCell) {
+  Problem p{{}, u, v, {}, 0, {}, {}};
+  for (int i = 0; i < cellsOf(u); ++i)
+    for (int j = 0; j < cellsOf(v); ++j)
+      p.cells.insert(p.cells.end(), at(u.order * v.order), {i, j});
+  p.penalties = static_cast<int>(p.cells.size());
+  for (int n = static_cast<int>(perCell * cellsOf(u) * cellsOf(v)); n > 0; --n)
+    p.cells.emplace_back(random.below(cellsOf(u)), random.below(cellsOf(v)));
+  makeRows(random, p, dimension);
+  return p;
 }
 
-TtupleVector dense(const Problem& p) {
-  return knotwork::test::denseSolution(p.unknowns(), p.dimension, p.allRows(), p.exactRows());
+/// Sets constraints on about a quarter of all unknowns, or on two of a cell.
+void setConstraints(Random& random, Problem& p, int count, bool isWide) {
+  p.C.reference(DoubleGenMat(unsigned(count), p.A.cols(), 0.0));
+  p.D.reference(random.matrix(count, p.dimension()));
+  for (int k = 0; k < count; ++k) {
+    const int row = random.below(p.rows());
+    p.C(k, p.column(row, 0, 0)) = random.uniform(0.5, 2);
+    p.C(k, p.column(row, p.u.order - 1, p.v.order - 1)) = random.uniform(0.5, 2);
+    for (int j = 0; isWide && j < p.unknowns(); ++j)
+      if (random.below(4) == 0) p.C(k, j) = random.uniform(0.5, 2);
+  }
 }
 
 TEST(ScatteredLeastSquares, AgreesWithTheDenseSolverOnEveryKindOfSystem) {
-  Maker make(20261122);
-  double worst = 0, worstMiss = 0;
+  Random random(20261122);
+  const auto direction = [&] {
+    const int order = random.within(1, 4);
+    return TensorDirection{random.within(order, 9), order, random.below(3) == 0};
+  };
   int compared = 0;
   for (int trial = 0; trial < 200; ++trial) {
     SCOPED_TRACE(trial);
-    Problem p = make.problem(make.direction(9), make.direction(9), make.whole(1, 3),
-                             make.real(0, trial % 10 == 0 ? 60 : 5));
-    if (make.whole(0, 1)) p.prescribed = {make.whole(0, p.unknowns() - 1)};
-    make.constrain(p, make.whole(0, std::min(4, p.unknowns() / 3)), make.whole(0, 1) == 1);
-    const TtupleVector x = solved(p), expected = dense(p);
-    ASSERT_EQ(x.length(), expected.length());
-    if (x.points() == 0) continue;
+    const TensorDirection u = direction(), v = direction();
+    Problem p =
+        problem(random, u, v, random.within(1, 3), random.uniform(0, trial % 10 == 0 ? 60 : 5));
+    if (random.below(2)) p.known[random.below(p.unknowns())] = 0.5;
+    setConstraints(random, p, random.within(0, std::min(4, p.unknowns() / 3)), random.below(2));
+    const DoubleGenMat x = solved(p), expected = dense(p);
+    ASSERT_EQ(x.rows(), expected.rows());
+    if (x.rows() == 0) continue;
     ++compared;
-    worst = std::max(worst, difference(x, expected));
-    worstMiss = std::max(worstMiss, largestMiss(p.exactRows(), x));
-    for (const int j : p.prescribed) EXPECT_EQ(knotwork::test::at(x, j, 0), 0.5);
+    EXPECT_LT(difference(x, expected), 1e-11);
+    EXPECT_LT(constraintMiss(p, x), 1e-12);
+    for (const auto& [unknown, value] : p.known) EXPECT_EQ(x(unknown, 0), value);
   }
-  EXPECT_GT(compared, 180);
-  EXPECT_LT(worst, 1e-11);
-  EXPECT_LT(worstMiss, 1e-12);
+  EXPECT_GT(compared, 170);
 }
 
 // Many cells: panels of every width, fronts that go on from fronts.
 TEST(ScatteredLeastSquares, LeavesResidualsThatAreOrthogonalToEveryColumn) {
-  Maker make(5);
+  Random random(5);
   for (const bool isPeriodic : {false, true}) {
-    const Problem p = make.problem({30, 4, isPeriodic}, {26, 3, false}, 2, 2);
-    ScatteredLeastSquares solver(p.u, p.v, 2);
-    ASSERT_EQ(fill(p, solver), 0);
+    const Problem p = problem(random, {30, 4, isPeriodic}, {26, 3, false}, 2, 2);
+    ScatteredLeastSquares solver = p.solver();
+    p.fill(solver);
     TtupleVector x;
     ASSERT_EQ(solver.solve(&x), 0);
-    std::vector<long double> gradient(at(p.unknowns())), size = gradient;
-    long double squares = 0;
-    for (const Row& row : p.allRows()) {
-      long double residual = -static_cast<long double>(row.rhs[1]);
-      for (std::size_t t = 0; t < row.columns.size(); ++t)
-        residual +=
-            static_cast<long double>(row.values[t]) * knotwork::test::at(x, row.columns[t], 1);
-      squares += residual * residual;
-      for (std::size_t t = 0; t < row.columns.size(); ++t) {
-        gradient[at(row.columns[t])] += row.values[t] * residual;
-        size[at(row.columns[t])] += std::abs(row.values[t] * residual);
-      }
-    }
-    for (std::size_t j = 0; j < size.size(); ++j) EXPECT_LT(std::abs(gradient[j]), 1e-12 * size[j]);
-    EXPECT_NEAR(solver.residualSquares()(1), static_cast<double>(squares),
-                1e-12 * static_cast<double>(squares));
+    EXPECT_LT(slope(p, matrixOf(x)), 1e-13);
+    const DoubleVec missed = (product(p.A, matrixOf(x)) - p.B).col(1);
+    EXPECT_NEAR(solver.residualSquares()(1) / dot(missed, missed), 1, 1e-12);
   }
 }
 
 TEST(ScatteredLeastSquares, RowsInAnyOrderAndOnAnyThreads) {
-  Maker make(11);
-  Problem p = make.problem({12, 4}, {9, 3, true}, 2, 6);
-  make.constrain(p, 3, true);
-  const TtupleVector x = solved(p);
-  for (const int threads : {2, 3, 8, 100}) EXPECT_TRUE(sameBits(solved(p, threads), x)) << threads;
+  Random random(11);
+  Problem p = problem(random, {12, 4}, {9, 3, true}, 2, 6);
+  setConstraints(random, p, 3, true);
+  const DoubleGenMat x = solved(p);
+  for (const int threads : {2, 3, 8, 100}) EXPECT_TRUE(solved(p, threads) == x) << threads;
 
-  // Cells in another order, each with its own rows in theirs: the same bits. All rows backwards:
+  // Cells in another order, each with its own rows in theirs: the same bits. All points backwards:
   // the same to rounding.
-  std::vector<std::size_t> order(p.rows());
-  std::iota(order.begin(), order.end(), 0u);
+  std::vector<int> order(p.cells.size());
+  std::iota(order.begin(), order.end(), 0);
   const auto permuted = [&] {
     Problem q = p;
-    for (std::size_t i = 0; i < order.size(); ++i) {
-      const std::size_t k = order[i];
-      q.firstU[i] = p.firstU[k];
-      q.firstV[i] = p.firstV[k];
-      std::copy_n(&p.valuesU[k * 4], 4, &q.valuesU[i * 4]);
-      std::copy_n(&p.valuesV[k * 3], 3, &q.valuesV[i * 3]);
-      std::copy_n(&p.rhs[k * 2], 2, &q.rhs[i * 2]);
-    }
+    const std::vector<int> points(order.begin() + p.penalties, order.end());
+    q.A.reference(rowsOf(p.A, order));
+    q.B.reference(rowsOf(p.B, order));
+    for (std::size_t i = 0; i < order.size(); ++i) q.cells[i] = p.cells[at(order[i])];
+    std::vector<int> factors;
+    for (const int k : points) factors.push_back(k - p.penalties);
+    q.U.reference(rowsOf(p.U, factors));
+    q.V.reference(rowsOf(p.V, factors));
     return solved(q);
   };
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return (p.firstU[a] * 9 + p.firstV[a]) * 29 % 83 < (p.firstU[b] * 9 + p.firstV[b]) * 29 % 83;
+  std::stable_sort(order.begin() + p.penalties, order.end(), [&](int a, int b) {
+    const auto place = [&](int k) {
+      return (p.cells[at(k)].first * 9 + p.cells[at(k)].second) * 29 % 83;
+    };
+    return place(a) < place(b);
   });
-  EXPECT_TRUE(sameBits(permuted(), x));
-  std::reverse(order.begin(), order.end());
+  EXPECT_TRUE(permuted() == x);
+  std::reverse(order.begin() + p.penalties, order.end());
   EXPECT_LT(difference(permuted(), x), 1e-13);
 }
 
 // Unknowns without data are named, no others, and determined once they are prescribed.
 TEST(ScatteredLeastSquares, NamesWhatIsUndetermined) {
-  Maker make(13);
+  Random random(13);
   for (int trial = 0; trial < 40; ++trial) {
     SCOPED_TRACE(trial);
-    Problem p = make.problem({make.whole(8, 14), 3}, {make.whole(8, 14), 4, trial % 2 == 0}, 1, 0);
-    const int hole = make.whole(0, 5);
-    p.penalties.clear();
-    p.penaltyCells.clear();
-    std::vector<bool> isSeen(at(p.unknowns()));
-    for (int i = 0; i < Maker::cells(p.u); ++i) {
-      for (int j = 0; j < Maker::cells(p.v); ++j) {
-        if (i >= hole && i < hole + 4 && j >= hole && j < hole + 5) continue;
-        for (int k = 0; k < 14; ++k) make.addPoint(p, i, j);
-        for (const int column : p.row(p.rows() - 1).columns) isSeen[at(column)] = true;
-      }
-    }
-    std::vector<int> unseen;
-    for (int j = 0; j < p.unknowns(); ++j) {
-      if (!isSeen[at(j)]) unseen.push_back(j);
-    }
+    Problem p{{}, {random.within(8, 14), 3}, {random.within(8, 14), 4, trial % 2 == 0}, {}, 0, {},
+              {}};
+    const int hole = random.below(6);
+    for (int i = 0; i < cellsOf(p.u); ++i)
+      for (int j = 0; j < cellsOf(p.v); ++j)
+        if (i < hole || i >= hole + 4 || j < hole || j >= hole + 5)
+          p.cells.insert(p.cells.end(), 14, {i, j});
+    makeRows(random, p, 1);
+    Values unseen;
+    for (int j = 0; j < p.unknowns(); ++j)
+      if (sum(abs(p.A.col(j))) == 0) unseen.push_back(j);
     ASSERT_FALSE(unseen.empty());
-    ScatteredLeastSquares solver(p.u, p.v, 1);
-    ASSERT_EQ(fill(p, solver), 0);
+    ScatteredLeastSquares solver = p.solver();
+    p.fill(solver);
     TtupleVector x(1, 3, 42.0);
     EXPECT_EQ(solver.solve(&x), 5);
-    EXPECT_TRUE(x.points() == 3 && knotwork::test::at(x, 2, 0) == 42.0);
-    const IntVec& named = solver.undetermined();
-    EXPECT_EQ(std::vector<int>(named.data(), named.data() + named.length()), unseen);
-    p.prescribed = unseen;
+    EXPECT_EQ(valuesOf(x.data()), Values(3, 42.0));
+    EXPECT_EQ(valuesOf(solver.undetermined()), unseen);
+    for (const double j : unseen) p.known[static_cast<int>(j)] = 0.5;
     EXPECT_LT(difference(solved(p), dense(p)), 1e-9);
   }
 }
 
 TEST(ScatteredLeastSquares, TellsWhichConstraintsContradict) {
-  Maker make(19);
-  Problem p = make.problem({5, 2}, {6, 3}, 1, 4);
-  p.constraints = {{{3}, {2}, {1}}, {{0, 29}, {1, 1}, {4}}, {{3}, {4}, {2}}};
-  EXPECT_EQ(solved(p).points(), 30);  // the third says what the first does
-  p.constraints[2].rhs = {3};
-  ScatteredLeastSquares solver(p.u, p.v, 1);
-  ASSERT_EQ(fill(p, solver), 0);
+  Random random(19);
+  Problem p = problem(random, {5, 2}, {6, 3}, 1, 4);
+  p.C.reference(DoubleGenMat(3, 30, 0.0));
+  p.C(0, 3) = 2, p.C(1, 0) = p.C(1, 29) = 1, p.C(2, 3) = 4;
+  p.D.reference(DoubleGenMat(vectorOf({1, 4, 2}), 3, 1));
+  EXPECT_EQ(solved(p).rows(), 30u);  // the third says what the first does
+  p.D(2, 0) = 3;
+  ScatteredLeastSquares solver = p.solver();
+  p.fill(solver);
   TtupleVector x;
   EXPECT_EQ(solver.solve(&x), 5);
   ASSERT_EQ(solver.conflicting().length(), 1u);
@@ -313,11 +241,11 @@ TEST(ScatteredLeastSquares, RefusesWhatDoesNotFit) {
   EXPECT_EQ(solver.addRows(1, &two, &four, ones, infinite, ones), 4);
   EXPECT_EQ(solver.addRows(1, &two, &four, ones, ones, &nan), 4);
   EXPECT_EQ(solver.addCellRows(3, 0, 1, ones, ones), 4);
-  EXPECT_EQ(solver.addConstraint(columns({20}), vec({1}), vec({1})), 4);
-  EXPECT_EQ(solver.prescribe(20, vec({1})), 4);
+  EXPECT_EQ(solver.addConstraint(indices({20}), vectorOf({1}), vectorOf({1})), 4);
+  EXPECT_EQ(solver.prescribe(20, vectorOf({1})), 4);
   EXPECT_EQ(solver.rows(), 0u);
   EXPECT_EQ(solver.addRows(1, &two, &four, ones, ones, ones), 0);
-  EXPECT_EQ(solver.prescribe(0, vec({1})), 4);  // rows are there
+  EXPECT_EQ(solver.prescribe(0, vectorOf({1})), 4);  // rows are there
   EXPECT_EQ(solver.solve(nullptr), 4);
   TtupleVector x;
   for (const TensorDirection& bad : {TensorDirection{1, 2}, {3, 0}, {1 << 30, 1}}) {
@@ -328,29 +256,31 @@ TEST(ScatteredLeastSquares, RefusesWhatDoesNotFit) {
 }
 
 TEST(ScatteredLeastSquares, EveryFailingAllocationIsACode) {
-  if (!knotwork::test::canObserveAllocation()) GTEST_SKIP() << "allocations are the DLL's own";
-  Maker make(29);
-  const Problem p = make.problem({4, 2}, {3, 2, true}, 2, 9);
+  if (!canObserveAllocation()) GTEST_SKIP() << "allocations are the DLL's own";
+  Random random(29);
+  const Problem p = problem(random, {4, 2}, {3, 2, true}, 2, 9);
+  const Problem::Flat rows = p.flat();
   const DoubleVec half(2, 0.5), entries(3, 1.0);
-  const IntVec wide = columns({3, 8, 11});
+  const IntVec wide = indices({3, 8, 11});
   const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
   for (const int threads : {1, 2}) {
     int code = 0;
-    TtupleVector first, x;
-    knotwork::test::failEveryAllocation(
+    Values first;
+    TtupleVector x;
+    failEveryAllocation(
         [&] {
           ScatteredLeastSquares solver(p.u, p.v, 2);
           solver.threads() = threads;
           code = solver.prescribe(7, half);
-          if (code == 0) code = fill(p, solver);
+          if (code == 0) code = p.add(rows, solver);
           if (code == 0) code = solver.addConstraint(wide, entries, half);
           if (code == 0) code = solver.solve(&x);
         },
         [&] {
           EXPECT_TRUE(code == 0 || code == -1) << code;
           EXPECT_EQ(x.points(), code == 0 ? 12 : 0);
-          if (first.points() == 0) first.reference(x);
-          EXPECT_TRUE(code != 0 || sameBits(x, first));
+          if (first.empty()) first = valuesOf(x.data());
+          EXPECT_TRUE(code != 0 || valuesOf(x.data()) == first);
           TtupleVector none;
           x.reference(none);
         });
@@ -359,3 +289,4 @@ TEST(ScatteredLeastSquares, EveryFailingAllocationIsACode) {
 }
 
 }  // namespace
+}  // namespace knotwork::test
