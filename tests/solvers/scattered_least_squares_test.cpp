@@ -142,7 +142,7 @@ TEST(ScatteredLeastSquares, AgreesWithTheDenseSolverOnEveryKindOfSystem) {
 TEST(ScatteredLeastSquares, LeavesResidualsThatAreOrthogonalToEveryColumn) {
   Random random(5);
   for (const bool isPeriodic : {false, true}) {
-    const Problem p = problem(random, {30, 4, isPeriodic}, {26, 3, false}, 2, 2);
+    const Problem p = problem(random, {20, 4, isPeriodic}, {18, 3, false}, 2, 2);
     ScatteredLeastSquares solver = p.solver();
     p.fill(solver);
     TtupleVector x;
