@@ -124,7 +124,7 @@ class BandedCurve {
 
   [[noreturn]] void refuse(int code) const {
     if (code != 5) check(code);
-    constexpr char kMend[] = "; fewer --controls, or add --smooth 1e-6";
+    constexpr char kMend[] = "; fewer --controls, or a --smooth near 1e-6";
     const IntVec& open = solver_.undetermined();
     if (open.length() > 0) {
       throw Fault(kNoSolution, cat("no unique solution: control point",

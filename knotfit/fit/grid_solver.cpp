@@ -63,7 +63,7 @@ void check(int code) {
   if (code != 0) {
     throw Fault(kNoSolution,
                 "no unique solution: a direction of the grid is rank deficient; "
-                "fewer --controls, or add --smooth 1e-6");
+                "fewer --controls, or a --smooth near 1e-6");
   }
 }
 

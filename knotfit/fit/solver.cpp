@@ -55,7 +55,7 @@ DoubleGenMat normalMatrix(const RowMatrix& matrix) {
 std::string deficientText(const RowMatrix& matrix) {
   return cat("no unique solution: the ", matrix.rows.size(), " x ", matrix.unknowns,
              " system is rank deficient or its constraints depend on each other; ",
-             "fewer --controls, or add --smooth 1e-6");
+             "fewer --controls, or a --smooth near 1e-6");
 }
 
 }  // namespace

@@ -106,14 +106,10 @@ TEST(Regression, PolynomialsOfHighDegreeKeepTheirDigitsAtAnySize) {
   for (double& v : largeX) v = std::ldexp(v, kX);
   for (double& v : largeY) v = std::ldexp(v, kY);
   for (const RegressionMethod m : kMethods) {
-    const bool squares = m == RegressionMethod::kCholesky || m == RegressionMethod::kLu;
-    const std::string refused = refusal(polynomialProblem(x, y, 10), m);
-    if (squares && refused.find("too ill-conditioned for ") != std::string::npos) continue;
-    ASSERT_EQ(refused, "") << nameOf(m);
     const RegressionResult r = regression(polynomialProblem(x, y, 10), m);
     const RegressionResult s = regression(polynomialProblem(largeX, largeY, 10), m);
     for (std::size_t k = 0; k < expected.size(); ++k) {
-      EXPECT_NEAR(r.estimates[k] / expected[k], 1, 1e-13) << nameOf(m) << k;
+      EXPECT_NEAR(r.estimates[k] / expected[k], 1, 1e-15) << nameOf(m) << k;
       EXPECT_EQ(std::ldexp(s.estimates[k], kX * static_cast<int>(k) - kY), r.estimates[k]);
     }
   }
