@@ -15,21 +15,23 @@ using knotwork::detail::Sides;
 template <int width>
 struct SideLoops {
   // The numbers of one place: in registers where they fill them, else one by one.
-  static constexpr auto kStep = static_cast<int>(width % kLanes<double> == 0 ? kLanes<double> : 1);
+  static constexpr std::ptrdiff_t kStep = width % kLanes<double> == 0 ? kLanes<double> : 1;
   using Part = std::conditional_t<kStep == 1, double, Lanes<double>>;
-  static constexpr int kParts = width / kStep;
+  static constexpr std::ptrdiff_t kParts = width / kStep;
 
-  static Part partOf(const double* x, int k) {
-    if constexpr (kStep == 1)
+  static Part partOf(const double* x, std::ptrdiff_t k) {
+    if constexpr (kStep == 1) {
       return x[k];
-    else
+    } else {
       return load(x + k * kStep);
+    }
   }
   static Part spread(double x) {
-    if constexpr (kStep == 1)
+    if constexpr (kStep == 1) {
       return x;
-    else
+    } else {
       return broadcast(x);
+    }
   }
 
   // Calls visit(i, v_i) for the places that the reflection acts on.
@@ -45,17 +47,17 @@ struct SideLoops {
   static void reflect(const PlacedReflector& h, double* x) {
     Part sums[kParts] = {};
     eachPlace(h, [&](std::ptrdiff_t i, double v) {
-      for (int k = 0; k < kParts; ++k) sums[k] += partOf(x + i * width, k) * spread(v);
+      for (std::ptrdiff_t k = 0; k < kParts; ++k) sums[k] += partOf(x + i * width, k) * spread(v);
     });
     double products[width];
     int moving = 0;
-    for (int k = 0; k < kParts; ++k) store(products + k * kStep, sums[k]);
+    for (std::ptrdiff_t k = 0; k < kParts; ++k) store(products + k * kStep, sums[k]);
     for (int w = 0; w < width; ++w) moving += magnitude(products[w]) > h.skip;
     if (moving == width) {
       for (Part& factor : sums) factor *= spread(h.beta);
       eachPlace(h, [&](std::ptrdiff_t i, double v) {
         double* const place = x + i * width;
-        for (int k = 0; k < kParts; ++k)
+        for (std::ptrdiff_t k = 0; k < kParts; ++k)
           store(place + k * kStep, partOf(place, k) + sums[k] * spread(v));
       });
       return;
@@ -72,9 +74,10 @@ struct SideLoops {
     Part total[kParts] = {};
     for (std::ptrdiff_t n = 0; n < count; ++n) {
       const double* const place = x + static_cast<std::ptrdiff_t>(places[n]) * width;
-      for (int k = 0; k < kParts; ++k) total[k] += partOf(place, k) * spread(v[n * step]);
+      for (std::ptrdiff_t k = 0; k < kParts; ++k)
+        total[k] += partOf(place, k) * spread(v[n * step]);
     }
-    for (int k = 0; k < kParts; ++k) store(sums + k * kStep, total[k]);
+    for (std::ptrdiff_t k = 0; k < kParts; ++k) store(sums + k * kStep, total[k]);
   }
 };
 
