@@ -73,7 +73,7 @@ void Grid(benchmark::State& state) {
   const int samples = static_cast<int>(state.range(0)), control = static_cast<int>(state.range(1));
   Random random(kSeed);
   const DoubleGenMat basis = knotwork::test::splineSystem(random, samples, 0, control);
-  const DoubleGenMat data = knotwork::test::randomMatrix(random, samples, samples);
+  const DoubleGenMat data = random.matrix(samples, samples);
   Thouseholder u(kTolerance, 0, false), v(kTolerance, 0, false);
   TsolveTensorProductLsq grid(u, v);
   if (grid.setMatrix(basis, basis, 0, 0, false, false, false, false, false, false) != 0) {
