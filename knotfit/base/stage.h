@@ -28,14 +28,15 @@ class Stage {
   /// To be called with each step's number.
   void at(std::size_t step) const {
     constexpr std::size_t kSteps = 8192;
-    if (watcher_ && step % kSteps == 0) tell(step);
+    if (step % kSteps == 0) now(step);
   }
-
- private:
-  void tell(std::size_t step) const {
+  /// The same for steps that take longer.
+  void now(std::size_t step) const {
+    if (!watcher_) return;
     watcher_->tell(total_ ? cat(name_, ": ", 100 * step / total_, " %") : cat(name_, ": ", step));
   }
 
+ private:
   Watcher* watcher_;
   const char* name_;
   std::size_t total_;

@@ -32,7 +32,7 @@ void BoxTree::build(const std::vector<Box>& boxes, std::size_t* first, std::size
   Box box = boxes[*first];
   for (const std::size_t* i = first + 1; i != last; ++i) box.include(boxes[*i]);
   const std::size_t node = nodes_.size();
-  nodes_.push_back({box, 0, *first});
+  nodes_.push_back({box, 0, node + 1, *first});
   if (last - first == 1) return;
   const Vec3 size = minus(box.high, box.low);
   const auto axis =
@@ -46,6 +46,7 @@ void BoxTree::build(const std::vector<Box>& boxes, std::size_t* first, std::size
   build(boxes, first, middle);
   nodes_[node].second = nodes_.size();
   build(boxes, middle, last);
+  nodes_[node].end = nodes_.size();
 }
 
 }  // namespace knotfit

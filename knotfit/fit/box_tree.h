@@ -18,6 +18,15 @@ struct Box {
   static Box of(const Vec3* points, std::size_t count);
   void include(const Box& other);
   Vec3 centre() const { return between(low, high, 0.5); }
+  /// @return the square of the distance from another box, 0 where they meet.
+  double squaredFrom(const Box& other) const {
+    double sum = 0;
+    for (std::size_t c = 0; c < 3; ++c) {
+      const double out = std::max({low[c] - other.high[c], other.low[c] - high[c], 0.0});
+      sum += out * out;
+    }
+    return sum;
+  }
   /// @return the square of the distance from a point, 0 within the box.
   double squaredFrom(const Vec3& p) const {
     double sum = 0;
@@ -62,11 +71,22 @@ class BoxTree {
     }
   }
 
+  /// Appends the indices of the boxes nearer to another one than the root of `squared`.
+  void findNear(const Box& other, double squared, std::vector<std::size_t>& found) const {
+    for (std::size_t n = 0; n < nodes_.size();) {
+      const Node& node = nodes_[n];
+      const bool isNear = node.box.squaredFrom(other) < squared;
+      if (isNear && node.second == 0) found.push_back(node.index);
+      n = isNear ? n + 1 : node.end;
+    }
+  }
+
  private:
   // The first half of an inner node follows it.
   struct Node {
     Box box;
     std::size_t second;  // node of the second half, 0 for a leaf
+    std::size_t end;     // node behind all of its parts
     std::size_t index;   // of a leaf's box
   };
   void build(const std::vector<Box>& boxes, std::size_t* first, std::size_t* last);

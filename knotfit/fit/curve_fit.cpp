@@ -231,9 +231,11 @@ std::vector<double> nearestDistances(const Spline& spline, const PointSet& point
   const Stage stage(watcher, "nearest distances", points.count());
   std::vector<double> out;
   out.reserve(points.count());
-  for (std::size_t i = 0; i < points.count(); ++i) {
+  constexpr std::size_t kPart = 8192;
+  for (std::size_t i = 0; i < points.count(); i += kPart) {
     stage.at(i);
-    out.push_back(projector.nearest(points[i], parameters[i]).distance);
+    const std::size_t n = std::min(kPart, points.count() - i);
+    projector.appendNearest(points[i], n, parameters.data() + i, out);
   }
   return out;
 }

@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <utility>
 
 #include "model/scale.h"
@@ -132,6 +133,53 @@ bool isWithinReach(const Vec3& p, const Vec3& centre, double reach) {
   return reach > 0 && squaredLength(minus(p, centre)) < reach * reach;
 }
 
+// Points that follow each other lie together: those of a block share one walk through the tree,
+// which finds the pieces that any of them could come nearer to than its first foot.
+//   pointAt(i), footFrom(i, point, near): the point and a first foot, `near` that of the one
+//   before; improve(point, piece, foot): looks for a nearer one in a piece;  tell(i, foot): takes
+//   the result.
+template <class Found, class Bounds, class PointAt, class FootFrom, class Improve, class Tell>
+void inBlocks(const BoxTree& tree, const Bounds& bounds, std::size_t count, PointAt pointAt,
+              FootFrom footFrom, Improve improve, Tell tell) {
+  constexpr std::size_t kBlock = 32, kFew = 32;
+  std::array<Vec3, kBlock> points;
+  std::array<Found, kBlock> feet;
+  std::vector<std::size_t> near;
+  std::decay_t<decltype(feet[0].span)> span{};
+  for (std::size_t start = 0; start < count; start += kBlock) {
+    const std::size_t n = std::min(kBlock, count - start);
+    double most = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+      points[i] = pointAt(start + i);
+      feet[i] = footFrom(start + i, points[i], span);
+      span = feet[i].span;
+      most = std::max(most, feet[i].squared);
+    }
+    near.clear();
+    tree.findNear(Box::of(points.data(), n), most, near);
+    for (std::size_t i = 0; i < n; ++i) {
+      Found& best = feet[i];
+      const auto visit = [&](std::size_t piece) { improve(points[i], piece, best); };
+      if (near.size() > kFew) {  // far apart, or from the shape
+        tree.visitNear(
+            points[i], [&] { return best.squared; }, visit);
+      } else {
+        for (const std::size_t piece : near) {
+          if (bounds[piece].box.squaredFrom(points[i]) < best.squared) visit(piece);
+        }
+      }
+      tell(start + i, best);
+    }
+  }
+}
+
+// Whether the vectors are at a right angle, to more digits than a descent that stops early leaves.
+bool isAcross(const Vec3& a, const Vec3& b) {
+  constexpr double kCosine = 1e-6;
+  const double product = dot(a, b);
+  return product * product <= kCosine * kCosine * squaredLength(a) * squaredLength(b);
+}
+
 std::vector<Box> boxesOf(const CurvePieces& pieces) {
   std::vector<Box> boxes;
   for (std::size_t span = 0; span < pieces.spans().count(); ++span) {
@@ -162,7 +210,7 @@ CurveProjector::CurveProjector(const Spline& original)
   for (std::size_t span = 0; span < pieces_.spans().count(); ++span) {
     const Vec3* const b = pieces_.piece(span);
     const Box box = Box::of(b, pieces_.order());
-    bounds_.push_back({box.centre(), reachFrom(box, bendReach(b, pieces_.order()))});
+    bounds_.push_back({box, box.centre(), reachFrom(box, bendReach(b, pieces_.order()))});
   }
 }
 
@@ -180,13 +228,14 @@ CurveProjector::Place CurveProjector::placeAt(const Vec3& p, double u, std::size
 
 // Within one span alone its own derivatives hold at both ends, wherever the next one turns to.
 CurveProjector::Place CurveProjector::descended(const Vec3& p, double start, double from, double to,
-                                                std::optional<std::size_t> only) const {
+                                                std::optional<std::size_t> only,
+                                                std::size_t near) const {
   constexpr int kSteps = 30;
-  const auto spanOf = [&](double u, std::size_t near) {
-    return only ? *only : pieces_.spans().find(u, near);
+  const auto spanOf = [&](double u, std::size_t before) {
+    return only ? *only : pieces_.spans().find(u, before);
   };
   const double begin = std::clamp(start, from, to);
-  Place best = placeAt(p, begin, spanOf(begin, 0));
+  Place best = placeAt(p, begin, spanOf(begin, near));
   for (int step = 0; step < kSteps; ++step) {
     const CurveJet& c = best.jet;
     const Vec3 r = minus(c.at, p);
@@ -208,13 +257,14 @@ CurveProjector::Place CurveProjector::descended(const Vec3& p, double start, dou
     best = next;
     if (settled) break;
   }
+  best.isLow = isAcross(minus(best.jet.at, p), best.jet.first);
   return best;
 }
 
 void CurveProjector::improve(const Vec3& p, std::size_t span, Place& best) const {
   const double from = pieces_.spans().from(span), to = pieces_.spans().to(span);
   if (isWithinReach(p, bounds_[span].centre, bounds_[span].reach)) {
-    if (from < best.u && best.u < to) return;
+    if (best.isLow && from < best.u && best.u < to) return;
     const Place place = descended(p, best.u, from, to, span);
     if (place.squared < best.squared) best = place;
     return;
@@ -230,7 +280,7 @@ void CurveProjector::search(const Vec3& p, const Piece& piece, std::size_t span,
   if (box.squaredFrom(p) >= best.squared) return;
   const double reach = reachFrom(box, bendReach(piece.controls.data(), order));
   const bool bendsUp = isWithinReach(p, box.centre(), reach);
-  if (bendsUp && piece.from < best.u && best.u < piece.to) return;
+  if (bendsUp && best.isLow && piece.from < best.u && best.u < piece.to) return;
   const double middle = piece.from + (piece.to - piece.from) / 2;
   if (bendsUp || depth == kCurveDepth) {
     const Place place = descended(p, middle, piece.from, piece.to, span);
@@ -274,6 +324,23 @@ Foot CurveProjector::nearest(const double* point, std::optional<double> guess) c
   return footAt(point, best);
 }
 
+void CurveProjector::appendNearest(const double* points, std::size_t count, const double* guesses,
+                                   std::vector<double>& distances) const {
+  const double first = pieces_.spans().from(0), last = pieces_.spans().to(bounds_.size() - 1);
+  const auto dim = static_cast<std::size_t>(dim_);
+  inBlocks<Place>(
+      tree_, bounds_, count,
+      [&](std::size_t i) { return scaledPoint(points + dim * i, dim_, exponent_); },
+      [&](std::size_t i, const Vec3& p, std::size_t near) {
+        const double u = std::clamp(guesses[i], first, last);
+        return descended(p, u, first, last, {}, near);
+      },
+      [&](const Vec3& p, std::size_t span, Place& best) { improve(p, span, best); },
+      [&](std::size_t i, const Place& best) {
+        distances.push_back(footAt(points + dim * i, best).distance);
+      });
+}
+
 // ---- Surfaces -----------------------------------------------------------------------------------
 
 SurfaceProjector::SurfaceProjector(const Spline& original)
@@ -286,7 +353,7 @@ SurfaceProjector::SurfaceProjector(const Spline& original)
     for (std::size_t b = 0; b < pieces_.spans(1).count(); ++b) {
       const Vec3* const net = pieces_.piece(a, b);
       const Box box = Box::of(net, rows * columns);
-      bounds_.push_back({box.centre(), reachFrom(box, bendReach(net, rows, columns))});
+      bounds_.push_back({box, box.centre(), reachFrom(box, bendReach(net, rows, columns))});
     }
   }
 }
@@ -350,19 +417,20 @@ SurfaceProjector::Place stepOf(const LocalModel& m, bool freeU, bool freeV) {
 }  // namespace
 
 SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start, const Range& range,
-                                                    std::optional<Patch> only) const {
+                                                    std::optional<Patch> only, Patch near) const {
   constexpr int kSteps = 40;
   const auto &from = range.from, &to = range.to;
-  const auto patchOf = [&](const Place& place, const Patch& near) {
+  const auto patchOf = [&](const Place& place, const Patch& before) {
     if (only) return *only;
-    return Patch{pieces_.spans(0).find(place.u, near[0]), pieces_.spans(1).find(place.v, near[1])};
+    return Patch{pieces_.spans(0).find(place.u, before[0]),
+                 pieces_.spans(1).find(place.v, before[1])};
   };
   const auto within = [&](double u, double v) {
     return Place{std::clamp(u, from.u, to.u), std::clamp(v, from.v, to.v)};
   };
   const double size = to.u - from.u + to.v - from.v;
   const Place begin = within(start.u, start.v);
-  Found best = placeAt(p, begin, patchOf(begin, {0, 0}));
+  Found best = placeAt(p, begin, patchOf(begin, near));
   for (int step = 0; step < kSteps; ++step) {
     const auto [u, v] = best.place;
     const LocalModel model = localModel(best.jet, p);
@@ -374,7 +442,7 @@ SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start, 
     for (int halving = 0; halving < kHalvings && !isNearer; ++halving) {
       const Place place = within(u + move.u, v + move.v);
       if (place.u == u && place.v == v) break;
-      next = placeAt(p, place, patchOf(place, best.patch));
+      next = placeAt(p, place, patchOf(place, best.span));
       isNearer = next.squared < best.squared;
       move = {move.u / 2, move.v / 2};
     }
@@ -383,6 +451,8 @@ SurfaceProjector::Found SurfaceProjector::descended(const Vec3& p, Place start, 
     best = next;
     if (settled) break;
   }
+  const Vec3 r = minus(best.jet.at, p);
+  best.isLow = isAcross(r, best.jet.u) && isAcross(r, best.jet.v);
   return best;
 }
 
@@ -401,7 +471,7 @@ void SurfaceProjector::improve(const Vec3& p, std::size_t patch, Found& best) co
   const Range range{{pieces_.spans(0).from(a), pieces_.spans(1).from(b)},
                     {pieces_.spans(0).to(a), pieces_.spans(1).to(b)}};
   if (isWithinReach(p, bounds_[patch].centre, bounds_[patch].reach)) {
-    if (holds(range.from, range.to, best.place)) return;
+    if (best.isLow && holds(range.from, range.to, best.place)) return;
     const Found found = descended(p, best.place, range, Patch{a, b});
     if (found.squared < best.squared) best = found;
     return;
@@ -419,7 +489,7 @@ void SurfaceProjector::search(const Vec3& p, const Piece& piece, const Patch& pa
   const auto& [from, to] = piece.range;
   const bool bendsUp =
       isWithinReach(p, box.centre(), reachFrom(box, bendReach(net.data(), rows, columns)));
-  if (bendsUp && holds(from, to, best.place)) return;
+  if (bendsUp && best.isLow && holds(from, to, best.place)) return;
   const Place middle{from.u + (to.u - from.u) / 2, from.v + (to.v - from.v) / 2};
   if (bendsUp || depth == kSurfaceDepth) {
     const Found found = descended(p, middle, piece.range, patch);
@@ -452,11 +522,29 @@ Foot SurfaceProjector::nearest(const double* point, std::optional<Place> guess) 
   if (guess) best = descended(p, *guess, domain_);
   tree_.visitNear(
       p, [&] { return best.squared; }, [&](std::size_t patch) { improve(p, patch, best); });
-  Vec3 s = best.jet.at;
+  return {best.place.u, best.place.v, distanceOf(point, best)};
+}
+
+double SurfaceProjector::distanceOf(const double* point, const Found& found) const {
+  Vec3 s = found.jet.at;
   if (exponent_ != 0) {
     for (double& x : s) x = std::ldexp(x, exponent_);
   }
-  return {best.place.u, best.place.v, norm(minus(s, vec3(point, 3)))};
+  return norm(minus(s, vec3(point, 3)));
+}
+
+void SurfaceProjector::appendNearest(const double* points, std::size_t count, const Place* guesses,
+                                     std::vector<double>& distances) const {
+  inBlocks<Found>(
+      tree_, bounds_, count,
+      [&](std::size_t i) { return scaledPoint(points + 3 * i, 3, exponent_); },
+      [&](std::size_t i, const Vec3& p, const Patch& near) {
+        return descended(p, guesses[i], domain_, {}, near);
+      },
+      [&](const Vec3& p, std::size_t patch, Found& best) { improve(p, patch, best); },
+      [&](std::size_t i, const Found& best) {
+        distances.push_back(distanceOf(points + 3 * i, best));
+      });
 }
 
 }  // namespace knotfit

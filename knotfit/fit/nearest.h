@@ -27,6 +27,11 @@ class CurveProjector {
   /// @param guess  a parameter near the foot, which speeds the search up.
   /// @return the nearest place of the whole curve.
   Foot nearest(const double* point, std::optional<double> guess = {}) const;
+  /// Appends the distances of many points, one behind the other, from their nearest places: faster
+  /// where neighbours lie together.
+  /// @param guesses  a parameter near the foot of each.
+  void appendNearest(const double* points, std::size_t count, const double* guesses,
+                     std::vector<double>& distances) const;
   /// @return the nearest place between two parameters that lies downhill from `start`.
   Foot nearestWithin(const double* point, double start, double from, double to) const;
   /// @return the place of a parameter.
@@ -38,9 +43,12 @@ class CurveProjector {
     double u, squared;
     std::size_t span;
     CurveJet jet;
+    bool isLow = false;  // the slope is zero to rounding
   };
-  // A bound on a span: seen from within `reach` of its centre it has one nearest place at most.
+  // Bounds on a span: it lies in the box, and seen from within `reach` of its centre it has one
+  // nearest place at most.
   struct Bound {
+    Box box;
     Vec3 centre;
     double reach;
   };
@@ -51,7 +59,7 @@ class CurveProjector {
   };
   Place placeAt(const Vec3& point, double u, std::size_t span) const;
   Place descended(const Vec3& point, double start, double from, double to,
-                  std::optional<std::size_t> only = {}) const;
+                  std::optional<std::size_t> only = {}, std::size_t near = 0) const;
   void improve(const Vec3& point, std::size_t span, Place& best) const;
   void search(const Vec3& point, const Piece& piece, std::size_t span, int depth,
               Place& best) const;
@@ -77,6 +85,11 @@ class SurfaceProjector {
   /// @param guess  a place near the foot, which speeds the search up.
   /// @return the nearest place of the whole surface.
   Foot nearest(const double* point, std::optional<Place> guess = {}) const;
+  /// Appends the distances of many points, one behind the other, from their nearest places: faster
+  /// where neighbours lie together.
+  /// @param guesses  a place near the foot of each.
+  void appendNearest(const double* points, std::size_t count, const Place* guesses,
+                     std::vector<double>& distances) const;
 
  private:
   using Patch = std::array<std::size_t, 2>;  // spans of u and v
@@ -86,10 +99,12 @@ class SurfaceProjector {
   struct Found {
     Place place;
     double squared;
-    Patch patch;
+    Patch span;
     PatchJet jet;
+    bool isLow = false;  // the slope is zero to rounding
   };
   struct Bound {
+    Box box;
     Vec3 centre;
     double reach;
   };
@@ -100,10 +115,11 @@ class SurfaceProjector {
   };
   Found placeAt(const Vec3& point, Place place, const Patch& patch) const;
   Found descended(const Vec3& point, Place start, const Range& range,
-                  std::optional<Patch> only = {}) const;
+                  std::optional<Patch> only = {}, Patch near = {}) const;
   void improve(const Vec3& point, std::size_t patch, Found& best) const;
   void search(const Vec3& point, const Piece& piece, const Patch& patch, int depth,
               Found& best) const;
+  double distanceOf(const double* point, const Found& found) const;
 
   int exponent_;
   SurfacePieces pieces_;

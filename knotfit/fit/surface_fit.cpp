@@ -184,15 +184,16 @@ SurfaceFit fitSurface(const PointGrid& grid, const FitOptions& options) {
 std::vector<double> nearestDistances(const SurfaceFit& fit, const PointGrid& grid,
                                      Watcher* watcher) {
   const SurfaceProjector projector(fit.spline);
-  const Stage stage(watcher, "nearest distances", grid.rows * grid.columns);
+  const Stage stage(watcher, "nearest distances, rows", grid.rows);
   std::vector<double> out;
   out.reserve(grid.rows * grid.columns);
+  std::vector<SurfaceProjector::Place> guesses(grid.columns);
   for (std::size_t i = 0; i < grid.rows; ++i) {
+    stage.now(i);
     for (std::size_t j = 0; j < grid.columns; ++j) {
-      stage.at(out.size());
-      out.push_back(projector.nearest(grid.at(i, j), {{fit.parameters[0][i], fit.parameters[1][j]}})
-                        .distance);
+      guesses[j] = {fit.parameters[0][i], fit.parameters[1][j]};
     }
+    projector.appendNearest(grid.at(i, 0), grid.columns, guesses.data(), out);
   }
   return out;
 }

@@ -102,6 +102,7 @@ TEST(Nearest, CurvesAgreeWithAnExhaustiveSearch) {
     std::vector<Vec3> samples;
     constexpr int kSamples = 2000;
     for (int i = 0; i <= kSamples; ++i) samples.push_back(shape.point(i / double{kSamples}));
+    std::vector<double> coords, guesses, alone, together;
     for (int k = 0; k < 25; ++k) {
       // Points anywhere, on the curve, and where a chord's middle may see two sides alike.
       Vec3 p = {shapes.real(-1.2, 1.2), shapes.real(-1.2, 1.2), 0};
@@ -120,7 +121,12 @@ TEST(Nearest, CurvesAgreeWithAnExhaustiveSearch) {
       ASSERT_GE(cold.distance, sampled.least - sampled.gap);
       ASSERT_NEAR(warm.distance, cold.distance, 1e-9) << trial << ' ' << k;
       ASSERT_NEAR(apart(shape.point(cold.u), p.data(), 3), cold.distance, 1e-13);
+      coords.insert(coords.end(), p.begin(), p.begin() + s.dim);
+      guesses.push_back(shapes.real(0, 1));
+      alone.push_back(cold.distance);
     }
+    projector.appendNearest(coords.data(), alone.size(), guesses.data(), together);
+    for (std::size_t k = 0; k < alone.size(); ++k) ASSERT_NEAR(together[k], alone[k], 1e-9);
   }
 }
 
@@ -138,6 +144,8 @@ TEST(Nearest, SurfacesAgreeWithAnExhaustiveSearch) {
         samples.push_back(pieces.point(i / double{kSide}, j / double{kSide}, span));
       }
     }
+    std::vector<double> coords, alone, together;
+    std::vector<SurfaceProjector::Place> guesses;
     for (int k = 0; k < 15; ++k) {
       Vec3 p = {shapes.real(-1.2, 1.2), shapes.real(-1.2, 1.2), shapes.real(-1.2, 1.2)};
       if (k % 3 == 2) {
@@ -151,7 +159,12 @@ TEST(Nearest, SurfacesAgreeWithAnExhaustiveSearch) {
       ASSERT_LE(cold.distance, least + 1e-9) << trial << ' ' << k;
       ASSERT_GE(cold.distance, least - 0.3);
       ASSERT_NEAR(warm.distance, cold.distance, 1e-8) << trial << ' ' << k;
+      coords.insert(coords.end(), p.begin(), p.end());
+      guesses.push_back({shapes.real(0, 1), shapes.real(0, 1)});
+      alone.push_back(cold.distance);
     }
+    projector.appendNearest(coords.data(), alone.size(), guesses.data(), together);
+    for (std::size_t k = 0; k < alone.size(); ++k) ASSERT_NEAR(together[k], alone[k], 1e-8);
   }
 }
 
