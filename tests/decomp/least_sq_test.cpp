@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The three least-squares classes: tolerances, reports, and what is
-// deliberate.
+// The three least-squares classes: tolerances, reports, and what is deliberate.
 #include <gtest/gtest.h>
 
 #include "knotwork/decomp/double_least_sq_ch.h"
