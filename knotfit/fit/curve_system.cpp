@@ -95,11 +95,10 @@ class CurveSystemBuilder {
   CurveSystem out_;
 };
 
-// The control points that a row speaks of when it says "this one is the datum" (minus empty) or
-// "these two are equal"; nothing for any other row.
+// The control points that a row speaks of when it says "this one is the datum" (`minus` is then the
+// same) or "these two are equal"; nothing for any other row.
 struct PlainRow {
-  std::size_t plus;
-  std::optional<std::size_t> minus;
+  std::size_t plus, minus;
 };
 
 std::optional<PlainRow> plainRow(const SparseRow& row) {
@@ -111,7 +110,7 @@ std::optional<PlainRow> plainRow(const SparseRow& row) {
     if (value == -1.0) minus.push_back(row.columns[e]);
   }
   if (plus.size() != 1 || minus.size() > 1) return std::nullopt;
-  return PlainRow{plus[0], minus.empty() ? std::nullopt : std::optional(minus[0])};
+  return PlainRow{plus[0], minus.empty() ? plus[0] : minus[0]};
 }
 
 bool isTangent(const CurveSystem& c, std::size_t row) {
@@ -165,8 +164,8 @@ void meetPlainRows(const CurveSystem& system, std::vector<double>& x) {
     const auto plain = plainRow(rows[i]);
     if (!plain) continue;
     for (std::size_t c = 0; c < dim; ++c) {
-      if (plain->minus) {
-        x[dim * *plain->minus + c] = x[dim * plain->plus + c];
+      if (plain->minus != plain->plus) {
+        x[dim * plain->minus + c] = x[dim * plain->plus + c];
       } else {
         x[dim * plain->plus + c] = system.rhs[dim * i + c];
       }
