@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "solvers/at.h"
 #include "solvers/balanced_spans.h"
 #include "solvers/progress_meter.h"
 #include "solvers/rotation.h"
@@ -24,8 +25,6 @@ namespace {
 // Columns that only constraints over many columns determine move to the border, whose columns are
 // full: more than these would not be a banded system any more.
 constexpr std::size_t kMostOpenColumns = 64;
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 }  // namespace
 

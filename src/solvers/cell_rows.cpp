@@ -5,13 +5,9 @@
 #include <numeric>
 #include <utility>
 
+#include "solvers/at.h"
+
 namespace knotwork::detail {
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
-
 CellRows::CellRows(int cells, int order, int dimension)
     : order_(order), dimension_(dimension), cells_(at(cells)), ownPlaces_(at(order)) {
   std::iota(ownPlaces_.begin(), ownPlaces_.end(), 0);

@@ -10,10 +10,10 @@
 #include <thread>
 #include <utility>
 
+#include "solvers/at.h"
+
 namespace knotwork::detail {
 namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
 
 constexpr int kProgressSteps = 100;
 

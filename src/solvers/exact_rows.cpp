@@ -9,13 +9,9 @@
 #include <cmath>
 #include <utility>
 
+#include "solvers/at.h"
+
 namespace knotwork::detail {
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
-
 ExactRows::ExactRows(int unknowns, int dimension)
     : dimension_(dimension), roles_(unknowns), prescribed_(at(unknowns) * at(dimension)) {}
 

@@ -7,17 +7,12 @@
 #include <cmath>
 #include <map>
 
+#include "solvers/at.h"
 #include "solvers/balanced_spans.h"
 #include "solvers/dissected_triangle.h"
 #include "solvers/rotation.h"
 
 namespace knotwork::detail {
-namespace {
-
-std::size_t at(int i) { return static_cast<std::size_t>(i); }
-
-}  // namespace
-
 ScatteredSystem::ScatteredSystem(const CellAxis& u, const CellAxis& v, int dimension)
     : axes_{u, v},
       dimension_(dimension),
