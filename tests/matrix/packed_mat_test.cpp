@@ -97,7 +97,8 @@ TYPED_TEST(PackedMat, ChecksReportAndGoOn) {
             "300f [VNMATCH: DoubleVec]: Vector lengths do not match (6 vs 3)");
   EXPECT_EQ((m - random<TypeParam>(2, 1)).rows(), 3u);
   EXPECT_EQ(errors.take().at(0).text, "Matrix sizes don't match (3x3) vs (2x2)");
-  m.bcval(3, 0);
+  TypeParam larger = random<TypeParam>(4, 5);  // the access is made all the same
+  larger.leadingSubmatrix(3).bcval(3, 0);
   EXPECT_EQ(errors.takeText(), "4005 Element (3x0) not in matrix of size (3x3)");
   EXPECT_EQ(product(m, DoubleVec(4, 1.0)).length() + product(DoubleVec(2, 1.0), m).length(), 6u);
   EXPECT_EQ(errors.takeText(),

@@ -194,7 +194,7 @@ TEST(ExhaustedMemory, LeavesABandedSystemWithoutAResult) {
   const IntVec wide = indices({0, 4, 9}), narrow = indices({2});
   for (const bool periodic : {false, true}) {
     BandedLeastSquares solver(10, 3, 2, periodic);
-    solver.threads() = 2;
+    solver.threads() = kThreadsWithoutMemory;
     TtupleVector x;
     const auto fill = [&] {
       solver.clear();

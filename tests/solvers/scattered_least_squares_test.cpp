@@ -263,7 +263,7 @@ TEST(ScatteredLeastSquares, EveryFailingAllocationIsACode) {
   const DoubleVec half(2, 0.5), entries(3, 1.0);
   const IntVec wide = indices({3, 8, 11});
   const MathErrorHandler before = setMathErrorHandler([](MathErrorRecord, va_list) {});
-  for (const int threads : {1, 2}) {
+  for (const int threads : {1, kThreadsWithoutMemory}) {
     int code = 0;
     Values first;
     TtupleVector x;

@@ -10,6 +10,14 @@ namespace knotwork::test {
 enum class Failing { kAll, kOne };
 inline constexpr Failing kBothWays[] = {Failing::kOne, Failing::kAll};
 
+/// The number of threads that an operation may start while memory fails: the address sanitizer ends
+/// the program where a thread that starts finds none.
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr int kThreadsWithoutMemory = 1;
+#else
+inline constexpr int kThreadsWithoutMemory = 2;
+#endif
+
 /// While it lives, `granted` further allocations succeed; the one after them fails, and by kAll all
 /// behind it, too. An allocation is a call of operator new, calloc or realloc.
 class FailingNew {
