@@ -278,16 +278,18 @@ bool within(const ScatteredFit& fit, const PointSet& points, double tolerance) {
   return true;
 }
 
-// Before any work: what the fronts of the solver will take, as measured on square nets.
-void checkMemory(const std::array<std::size_t, 2>& n, const FitOptions& options) {
-  constexpr double kBytesPerUnknown = 450, kShare = 0.9, kMostUnknowns = 2147483647.0;
-  const double unknowns = static_cast<double>(n[0]) * static_cast<double>(n[1]);
-  const double bytes =
-      unknowns * kBytesPerUnknown * ((options.degree[0] + 1) * (options.degree[1] + 1));
+// What the fronts of the solver take, as measured on square nets.
+double bytesFor(const std::array<std::size_t, 2>& n, const FitOptions& options) {
+  constexpr double kBytesPerEntry = 450;
+  return kBytesPerEntry * static_cast<double>(n[0]) * static_cast<double>(n[1]) *
+         ((options.degree[0] + 1) * (options.degree[1] + 1));
+}
+
+bool fitsMemory(const std::array<std::size_t, 2>& n, const FitOptions& options) {
+  constexpr double kShare = 0.9, kMostUnknowns = 2147483647.0;  // the library counts them by int
   const std::optional<double> room = freeMemory();
-  if (unknowns <= kMostUnknowns && (!room || bytes <= kShare * *room)) return;
-  throw Fault(kUsage, cat("a net of ", n[0], " x ", n[1], " control points takes some ",
-                          significant(bytes / 1e9, 2), " GB; use fewer --controls"));
+  return static_cast<double>(n[0]) * static_cast<double>(n[1]) <= kMostUnknowns &&
+         (!room || bytesFor(n, options) <= kShare * *room);
 }
 
 ScatteredFit fitWithin(const Heights& h, const FitOptions& options,
@@ -295,9 +297,10 @@ ScatteredFit fitWithin(const Heights& h, const FitOptions& options,
   const auto largest = sizeFor(static_cast<double>(h.points.count()), h, least);
   const std::array<std::size_t, 2> room = {largest[0] - least[0], largest[1] - least[1]};
   const std::size_t most = std::max(room[0], room[1]);
-  const auto make = [&](std::size_t step) {
+  const auto make = [&](std::size_t step) -> std::optional<ScatteredFit> {
     std::array<std::size_t, 2> n = least;
     for (const std::size_t d : {0, 1}) n[d] += most ? room[d] * step / most : 0;
+    if (step > 0 && !fitsMemory(n, options)) return std::nullopt;
     return fitWith(h, options, n, step > 0);
   };
   return *smallestFit<ScatteredFit>(most, make, [&](const ScatteredFit& fit) {
@@ -325,7 +328,11 @@ ScatteredFit fitScattered(const PointSet& points, const FitOptions& options) {
                                 " or a lower --degree"));
       }
     }
-    checkMemory(n, options);
+    if (!fitsMemory(n, options)) {  // before any work
+      throw Fault(kUsage,
+                  cat("a net of ", n[0], " x ", n[1], " control points takes some ",
+                      significant(bytesFor(n, options) / 1e9, 2), " GB; use fewer --controls"));
+    }
     fit = *fitWith(h, options, n, false);
   }
   checkRange(fit.spline, fit.distances);

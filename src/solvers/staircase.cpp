@@ -58,7 +58,7 @@ void Staircase::reduce(const double* lengths, double tolerance) {
       const double negligible = lengths ? tolerance * lengths[column] : 0.0;
       if (reflectColumn(column, top, bottom, end, negligible)) pivots.push_back(column);
     }
-    if (end < width_ && !taus_.empty()) applyPanel(last, width_);
+    if (end < width_ && !taus_.empty()) applyPanel(last);
   }
   finish(pivots);
 }
@@ -108,9 +108,9 @@ void Staircase::addReflection(int top) {
 
 // Columns from `first` on take the panel's reflections. T grows column by column:
 // t_j = (-tau_j T (V'v_j), tau_j).
-void Staircase::applyPanel(int first, int end) {
+void Staircase::applyPanel(int first) {
   const auto m = static_cast<std::ptrdiff_t>(taus_.size()), high = std::ptrdiff_t{panelRows_};
-  const std::size_t wide = at(end - first);
+  const std::size_t wide = at(width_ - first);
   t_.assign(at(m * m), 0.0);
   for (std::ptrdiff_t j = 0; j < m; ++j) {
     products_.assign(at(j), 0.0);

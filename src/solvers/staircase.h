@@ -40,7 +40,7 @@ class Staircase {
   double* mutableRow(int i) { return rows_.data() + offset(i); }
   bool reflectColumn(int column, int top, int bottom, int end, double negligible);
   void addReflection(int top);
-  void applyPanel(int firstRow, int end);
+  void applyPanel(int first);
   void finish(const std::vector<int>& pivots);
 
   int columns_ = 0, width_ = 0;
